@@ -1,0 +1,53 @@
+/// Ownership of platform objects, told by the type.
+///
+/// Memory is managed by retain and release on every platform (Debian's Objective-C runtime has no ARC), and these are
+/// the only places of the product where either is written.
+#pragma once
+
+#import "platform/Cocoa.h"
+
+#include <utility>
+
+/// Owns one reference to a platform object, or none, and lets it go when it is destroyed. `T` is the object type
+/// without its asterisk.
+template <typename T> class Retained
+{
+public:
+    Retained() = default;
+    Retained(const Retained &) = delete;
+    Retained &operator=(const Retained &) = delete;
+    Retained(Retained &&other) noexcept : _object(std::exchange(other._object, nil)) { }
+    Retained &operator=(Retained &&other) noexcept
+    {
+        std::swap(_object, other._object);
+        return *this;
+    }
+    ~Retained() { [_object release]; }
+
+    /// Takes over the reference that an `alloc`/`init`, `copy` or `mutableCopy` handed out; nil is allowed.
+    [[nodiscard]] static Retained adopting(T *object) { return Retained(object); }
+    /// Takes a reference of its own to an object that somebody else owns; nil is allowed.
+    [[nodiscard]] static Retained sharing(T *object) { return Retained([object retain]); }
+
+    /// The object, or nil. It stays owned here.
+    [[nodiscard]] T *get() const { return _object; }
+    /// Gives the reference up to the current autorelease pool and returns the object, as a method that isn't an
+    /// `alloc`, `new` or `copy` does.
+    [[nodiscard]] T *autoreleased() && { return [std::exchange(_object, nil) autorelease]; }
+
+private:
+    explicit Retained(T *object) : _object(object) { }
+    T *_object = nil;
+};
+
+/// Adopts a newly made object: `auto alert = adopt([[NSAlert alloc] init]);`.
+template <typename T> [[nodiscard]] Retained<T> adopt(T *object)
+{
+    return Retained<T>::adopting(object);
+}
+
+/// Lets go of the reference that an instance variable holds and empties the variable.
+template <typename T> void letGo(T *&reference)
+{
+    [std::exchange(reference, nil) release];
+}

@@ -1,0 +1,17 @@
+/// GNUstep's AppKit together with what it lacks of Apple's, under Apple's names: what `#import <Cocoa/Cocoa.h>` is on a
+/// Mac.
+///
+/// Beside the declarations below, this folder makes existing methods do what they do on a Mac: `+[NSEvent
+/// modifierFlags]` (ModifierFlags.mm),
+/// `-[NSWorkspace openURL:]` (Workspace.mm), alerts and panels under a window manager (ModalWindows.mm), text beside a
+/// scroller (ScrolledText.mm), and a quiet start (Startup.mm). What they look like is in Appearance.mm, AlertLayout.mm,
+/// OpenPanel.mm and ToolTips.mm.
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#import "platform/gnustep/AppleScript.h"
+#import "platform/gnustep/EventMonitors.h"
+#import "platform/gnustep/Names.h"
+#import "platform/gnustep/Task.h"
+#import "platform/gnustep/WindowRestoration.h"

@@ -1,0 +1,51 @@
+/// Starting programs and learning how they end, on the system's own calls. GNUstep's task forks with vfork and damages
+/// the parent's memory when the launch fails; it also polls for the end.
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+/// How a child came to its end.
+struct ProcessEnd {
+    bool bySignal; ///< Whether a signal ended it.
+    int value;     ///< The exit status, or the number of that signal.
+};
+
+/// What a child gets as its standard streams: a descriptor of the parent's, or, by default, the parent's own stream.
+struct StandardStreams {
+    int input = 0;
+    int output = 1;
+    int error = 2;
+};
+
+/// Starts a program. It inherits the working folder and the standard streams given, no other descriptor, and no blocked
+/// or ignored signal.
+///
+/// @param path the program's absolute path; the search path is not consulted.
+/// @param arguments its arguments, without its own name.
+/// @param environment its whole environment, as NAME=VALUE.
+/// @param streams its standard streams; each descriptor stays open in the parent.
+/// @param process receives the child's id.
+/// @return 0, or the error number that says why it could not be started; then there is no child.
+[[nodiscard]] int startProcess(const std::string &path, const std::vector<std::string> &arguments,
+    const std::vector<std::string> &environment, const StandardStreams &streams, pid_t &process);
+
+/// Waits until a child has ended, and collects it.
+///
+/// @param process the child's id.
+/// @param end receives how it ended.
+/// @return 0, or the error number that says why that could not be learnt (ECHILD when somebody else has collected the
+/// child).
+[[nodiscard]] int waitForEnd(pid_t process, ProcessEnd &end);
+
+/// Starts a program that goes its own way: in a session of its own, without a terminal, its standard streams on
+/// /dev/null. Whenever it ends, the system collects it, not this process.
+///
+/// @param path the program's absolute path.
+/// @param arguments its arguments, without its own name. It gets this process's environment.
+/// @return 0, or the error number that says why it could not be started.
+[[nodiscard]] int startDetached(const std::string &path, const std::vector<std::string> &arguments);
+
+/// This process's environment, as NAME=VALUE.
+[[nodiscard]] std::vector<std::string> currentEnvironment();

@@ -1,0 +1,34 @@
+/// Running a shell text as the superuser, after the user has granted administrator rights through polkit.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// How a privileged run came out.
+struct PrivilegedRun {
+    enum class Outcome {
+        Succeeded, ///< The shell ended with status 0.
+        Failed,  ///< The shell ran and ended otherwise: `code` is its status, or 128 plus the number of the signal that
+                 ///< ended it.
+        Refused, ///< The user dismissed the prompt or may not have the rights. Nothing has run.
+        NotStarted,  ///< pkexec did not start the shell, for a reason other than a refusal: `code` is pkexec's status,
+                     ///< `error` its words.
+        SystemError, ///< A system call failed: `code` is the error number, `error` the call's name. The shell may have
+                     ///< run in part.
+    };
+    Outcome outcome;
+    int code = 0;
+    std::string output; ///< What the shell wrote on standard output.
+    std::string error;  ///< What the shell or pkexec wrote on standard error; for a system error see there.
+};
+
+/// Runs a text through `/bin/sh` as the superuser and waits until it has ended and nothing of it holds its output
+/// streams any more.
+///
+/// The text never stands on a command line (a text that kills processes by their command lines would end its own shell)
+/// nor in a file that somebody could change: it goes to the shell's standard input from sealed memory. Its commands
+/// find that input at its end.
+///
+/// @param text the shell text, any bytes but NUL.
+/// @return how it came out.
+[[nodiscard]] PrivilegedRun runAsSuperuser(std::string_view text);

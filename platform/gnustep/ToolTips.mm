@@ -1,0 +1,47 @@
+#import <AppKit/AppKit.h>
+
+// The overrides of GNUstep's methods below are meant.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+namespace
+{
+
+constexpr CGFloat horizontalPadding = 7;
+constexpr CGFloat verticalPadding = 4;
+
+}
+
+/// The window of a tip, and the view in it; no header of GNUstep's declares them.
+@interface GSTTPanel : NSPanel
+@end
+
+@interface GSTTView : NSView
+@end
+
+@implementation GSTTPanel (ToolTips)
+
+/// Makes room for the text with space around it. GNUstep leaves 4 pixels in all, so little that the last word of a long
+/// text is broken away.
+- (void)setFrame:(NSRect)frame display:(BOOL)display
+{
+    if (!NSIsEmptyRect(frame)) {
+        frame = NSInsetRect(frame, 2 - horizontalPadding, 2 - verticalPadding);
+    }
+    [super setFrame:frame display:display];
+}
+
+@end
+
+@implementation GSTTView (ToolTips)
+
+- (void)drawRect:(NSRect)rectangle
+{
+    [[NSColor toolTipColor] set];
+    NSRectFill([self bounds]);
+    [[NSColor controlShadowColor] set];
+    NSFrameRect([self bounds]);
+    NSAttributedString *text = [self valueForKey:@"text"];
+    [text drawInRect:NSInsetRect([self bounds], horizontalPadding, verticalPadding)];
+}
+
+@end
