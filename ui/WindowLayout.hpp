@@ -1,0 +1,65 @@
+/// The window's fixed table: frames, texts, images and sizes. Plain C++; the window is built from it view by view.
+///
+/// Frames are in points in the content view's coordinates: origin at its bottom left corner, x to the right, y upwards.
+#pragma once
+
+#include <string_view>
+
+namespace layout
+{
+
+/// A view's rectangle.
+struct Frame {
+    double x;
+    double y;
+    double width;
+    double height;
+};
+
+/// A push button's fixed part.
+struct Button {
+    Frame frame;
+    std::u16string_view title;
+    /// Empty when the button has no tool tip.
+    std::u16string_view toolTip;
+};
+
+/// The window's title, and the title line inside it.
+inline constexpr std::u16string_view toolName = u"Quorlen 3 Removal Tool";
+
+inline constexpr Frame content { 0, 0, 560, 430 };
+
+inline constexpr Frame icon { 36, 286, 104, 104 };
+inline constexpr std::u16string_view iconImage = u"icon_removal_2024";
+/// Shown when the application has no image named `iconImage`.
+inline constexpr std::u16string_view fallbackIconImage = u"icon_2024";
+
+inline constexpr Frame typeface { 154, 332, 330, 52 };
+inline constexpr std::u16string_view typefaceImage = u"quorlen-typeface_1024";
+
+inline constexpr Frame title { 154, 296, 360, 28 };
+inline constexpr double titleFontSize = 20;
+
+inline constexpr Frame description { 36, 248, 488, 32 };
+inline constexpr double descriptionFontSize = 14;
+/// Also what the confirmation of an ordinary removal says.
+inline constexpr std::u16string_view descriptionText =
+    u"This tool removes Quorlen 3 and related support files from this Mac.";
+
+inline constexpr Frame status { 36, 215, 488, 22 };
+inline constexpr double statusFontSize = 13;
+inline constexpr std::u16string_view statusText = u"Checking for Quorlen 3...";
+
+inline constexpr Frame log { 36, 82, 488, 120 };
+inline constexpr double logFontSize = 11;
+
+inline constexpr Button support { { 36, 30, 30, 30 }, u"?", u"Open Vendrel Support" };
+inline constexpr Button restoreLicence { { 78, 28, 132, 36 }, u"Restore License",
+    u"Restore a Quorlen 3 license backup" };
+inline constexpr Button remove { { 242, 28, 180, 36 }, u"Remove Quorlen 3", u"" };
+/// Lies over the remove button on purpose: one of the two is visible at a time.
+inline constexpr Button overrideCleanup { remove.frame, u"Override Cleanup",
+    u"Run cleanup even though Quorlen 3 was not detected" };
+inline constexpr Button cancel { { 434, 28, 90, 36 }, u"Cancel", u"" };
+
+}
