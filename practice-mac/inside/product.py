@@ -1,0 +1,144 @@
+"""The product as its installer leaves it on a Mac, and the neighbours that a removal must not touch."""
+import os
+import plistlib
+import re
+import shutil
+from pathlib import Path
+from typing import NamedTuple
+
+AGENT = "com.vendrel.QuorlenAgent"
+DAEMON = "com.vendrel.QuorlenDaemon"
+LICENCE = "Library/Application Support/Quorlen/.licence"
+
+
+class Location(NamedTuple):
+    number: int
+    owner: str  # "system" or "home"
+    path: Path
+
+
+def locations(home: Path) -> list[Location]:
+    """The eleven, in order, with their full paths."""
+    rows = Path(__file__).with_name("locations.tsv").read_text(encoding="ascii").splitlines()
+    found = [row.split("\t") for row in rows]
+    return [Location(int(n), owner, (home if owner == "home" else Path("/")) / path) for n, owner, path in found]
+
+
+def agent_program(home: Path) -> Path:
+    return home / "Library/Application Support" / AGENT / AGENT
+
+
+def daemon_program() -> Path:
+    return Path("/Library/PrivilegedHelperTools", DAEMON)
+
+
+def write(path: Path, content: bytes | str = b"", mode: int = 0o644) -> None:
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(content.encode() if isinstance(content, str) else content)
+    path.chmod(mode)
+
+
+def write_plist(path: Path, content: dict, form=plistlib.FMT_XML) -> None:
+    write(path, plistlib.dumps(content, fmt=form))
+
+
+def write_program(path: Path) -> None:
+    """A program that runs until it is ended; its command line is its path."""
+    write(path, Path("/usr/bin/sleep").read_bytes(), 0o755)
+
+
+def write_application(root: Path, identifier: str, version: str) -> None:
+    contents = root / "Contents"
+    name = root.stem
+    write_plist(contents / "Info.plist", {
+        "CFBundleIdentifier": identifier, "CFBundleName": name, "CFBundleExecutable": name,
+        "CFBundlePackageType": "APPL", "CFBundleShortVersionString": version, "LSMinimumSystemVersion": "10.13"})
+    write(contents / "PkgInfo", "APPL????")
+    write_program(contents / "MacOS" / name)
+    write(contents / "Resources" / f"{name}.icns", b"icns" + os.urandom(20_000))
+    for language in ("en", "de", "ja", "pt-BR"):
+        write(contents / f"Resources/{language}.lproj/Localizable.strings", '"Open…" = "Open…";\n')
+    framework = contents / "Frameworks/QuorlenCore.framework"
+    write(framework / "Versions/A/QuorlenCore", os.urandom(50_000), 0o755)
+    (framework / "Versions/Current").symlink_to("A")
+    (framework / "QuorlenCore").symlink_to("Versions/Current/QuorlenCore")
+    write_plist(contents / "_CodeSignature/CodeResources", {"files": {}, "files2": {}})
+
+
+def install(number: int, home: Path, with_licence: bool, keep_alive: bool) -> None:
+    """Writes one location anew. Owners are the caller's business."""
+    root = locations(home)[number - 1].path
+    remove(root)
+    match number:
+        case 1:
+            write_application(root, "com.vendrel.Quorlen3", "3.4.1")
+        case 2:
+            write_plist(root, {"Label": DAEMON, "ProgramArguments": [str(daemon_program())], "RunAtLoad": True,
+                               "KeepAlive": keep_alive})
+        case 3:
+            write_program(root)
+        case 4:
+            write(root / "Library.db", b"SQLite format 3\0" + os.urandom(30_000))
+            write(root / "Templates/Letter – A4.template", os.urandom(900))
+            (root / "Plug-ins").mkdir()
+            if with_licence:
+                write(home / LICENCE, os.urandom(777), 0o600)
+        case 5:
+            write_program(agent_program(home))
+            write(root / "state.json", '{"lastRun": 0}\n')
+        case 6:
+            write(root / "Shared/device-id", os.urandom(16).hex() + "\n", 0o600)
+        case 7:
+            write_plist(root, {"Label": AGENT, "ProgramArguments": [str(agent_program(home))], "RunAtLoad": True,
+                               "KeepAlive": keep_alive})
+        case 8 | 9:
+            write_plist(root, {"NSWindow Frame Main": "100 100 800 600", "Launches": number}, plistlib.FMT_BINARY)
+        case 10:
+            for index in range(48):
+                write(root / f"fsCachedData/{index:02x}/{os.urandom(8).hex()}", os.urandom(500))
+            write(root / "Cache.db", os.urandom(4_000))
+        case 11:
+            for day in range(1, 8):
+                write(root / f"Quorlen-2026-11-{day:02}.log", "09:00:00 started\n" * 200)
+
+
+def remove(path: Path) -> None:
+    """Whatever is there; a link itself and not its target."""
+    if path.is_dir() and not path.is_symlink():
+        shutil.rmtree(path)
+    else:
+        path.unlink(missing_ok=True)
+
+
+def write_home(home: Path) -> None:
+    """A home as every Mac has it, with things of the user's own."""
+    for folder in ("Desktop", "Documents", "Downloads", "Library/Application Support", "Library/Caches",
+                   "Library/LaunchAgents", "Library/Logs", "Library/Preferences", "Pictures"):
+        (home / folder).mkdir(parents=True, exist_ok=True)
+    write(home / "Documents/Letter to Vendrel.txt", "Dear Vendrel,\n")
+    write(home / "Desktop/Shopping.txt", "Bread\n")
+
+
+def write_neighbours(home: Path) -> None:
+    """What a removal could take along by mistake: names that begin or end like the product's, and what its paths become
+    when a blank or another character of them is misread."""
+    write_application(Path("/Applications/Quorlen 2.app"), "com.vendrel.Quorlen2", "2.9")
+    write_application(Path("/Applications/Letters.app"), "com.example.Letters", "1.0")
+    write_plist(Path(f"/Library/LaunchDaemons/{DAEMON}2.plist"), {"Label": f"{DAEMON}2"})
+    write(Path("/Library/PrivilegedHelperTools/com.example.Helper"), os.urandom(100), 0o755)
+    for name in ("Application", "Support/Quorlen", "Application Support/Quorlen 2/.licence",
+                 "Application Support/Letters/state", "LaunchAgents/com.example.Letters.plist",
+                 "Preferences/com.vendrel.Quorlen2.plist", "Preferences/com.vendrel.Quorlen3.plist.bak",
+                 "Caches/com.vendrel.Quorlen", "Logs/Quorlen.log"):
+        write(home / "Library" / name, "a neighbour's\n")
+    for decoy in decoy_homes(home.name) - {home.name, ".", ".."}:
+        for location in locations(Path("/Users", decoy)):
+            if location.owner == "home":
+                write(location.path, "a neighbour's\n")
+
+
+def decoy_homes(name: str) -> set[str]:
+    """What "/Users/NAME" would become for a program or shell that misreads NAME."""
+    expanded = re.sub(r"\$\([^)]*\)|`[^`]*`", "", name)
+    bare = re.sub(r"""['"\\`$]""", "", name)
+    return {expanded, bare, name.split(" ")[0], name.replace("\\", "/"), name.replace("\\\\", "\\")}
