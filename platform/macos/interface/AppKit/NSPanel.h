@@ -1,0 +1,12 @@
+/// Panels.
+#pragma once
+
+#import <AppKit/NSWindow.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+@interface NSPanel : NSWindow
+
+@end
+
+NS_ASSUME_NONNULL_END

@@ -1,0 +1,12 @@
+/// The text view.
+#pragma once
+
+#import <AppKit/NSText.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+@interface NSTextView : NSText
+
+@end
+
+NS_ASSUME_NONNULL_END

@@ -1,0 +1,4 @@
+/// See stdlib.h.
+#pragma once
+
+extern "C" int sched_yield();
