@@ -1,0 +1,97 @@
+#import "app/AppDelegate+ActivityLog.h"
+#import "platform/Retained.hpp"
+#import "tests/support/Stage.hpp"
+#import "ui/AppDelegate+MainWindow.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+class ActivityLog : public testing::Test
+{
+protected:
+    void SetUp() override { [controller.get() buildWindow]; }
+    void TearDown() override { [[controller.get() window] close]; }
+
+    std::string log() const { return utf8([[controller.get() logView] string]); }
+    bool scrolledToItsEnd() const
+    {
+        NSTextView *view = [controller.get() logView];
+        const NSRect text = [[view layoutManager] usedRectForTextContainer:[view textContainer]];
+        return NSMaxY([view visibleRect]) >= NSMaxY(text) - 1;
+    }
+
+    const Retained<AppDelegate> controller = adopt([[AppDelegate alloc] init]);
+    const std::string header = "version: 1.0\nupdated: 2026.06.14\nReady.\n";
+};
+
+}
+
+TEST_F(ActivityLog, StartsWithVersionDateAndReady)
+{
+    ASSERT_EQ([[NSBundle mainBundle] objectForInfoDictionaryKey:@"CFBundleShortVersionString"], nil);
+
+    EXPECT_EQ(log(), header);
+}
+
+TEST_F(ActivityLog, GainsTheMessageAndOneLineFeed)
+{
+    [controller.get() appendLog:@"first"];
+    [controller.get() appendLog:@"second"];
+
+    EXPECT_EQ(log(), header + "first\nsecond\n");
+}
+
+TEST_F(ActivityLog, GainsOneLineFeedForNoMessage)
+{
+    [controller.get() appendLog:nil];
+
+    EXPECT_EQ(log(), header + "\n");
+}
+
+TEST_F(ActivityLog, KeepsTheLineFeedsOfAMessage)
+{
+    [controller.get() appendLog:@"two\nlines"];
+
+    EXPECT_EQ(log(), header + "two\nlines\n");
+}
+
+TEST_F(ActivityLog, ShowsAPercentSignAsItIs)
+{
+    [controller.get() appendLog:@"100 %@ %s %d"];
+
+    EXPECT_EQ(log(), header + "100 %@ %s %d\n");
+}
+
+TEST_F(ActivityLog, IsScrolledToItsEndAfterEachLine)
+{
+    NSTextView *view = [controller.get() logView];
+    for (int line = 0; line < 40; ++line) {
+        [controller.get() appendLog:@"a line"];
+        EXPECT_TRUE(scrolledToItsEnd()) << "after line " << line;
+    }
+    ASSERT_GT(NSHeight([view bounds]), NSHeight([view visibleRect])) << "the log must be longer than its view";
+
+    [view scrollPoint:NSMakePoint(0, 0)];
+    ASSERT_FALSE(scrolledToItsEnd());
+    [controller.get() appendLog:@"one more"];
+    EXPECT_TRUE(scrolledToItsEnd());
+}
+
+TEST(ActivityLogWithoutAWindow, SwallowsAMessage)
+{
+    const auto controller = adopt([[AppDelegate alloc] init]);
+
+    [controller.get() appendLog:@"nobody sees this"];
+    [controller.get() appendLog:nil];
+
+    EXPECT_EQ([controller.get() logView], nil);
+}
+
+TEST(UpdatedDate, IsTheBuildsOwn)
+{
+    const auto controller = adopt([[AppDelegate alloc] init]);
+
+    EXPECT_EQ(utf8([controller.get() appUpdatedString]), "2026.06.14");
+}

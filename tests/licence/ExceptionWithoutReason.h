@@ -1,0 +1,8 @@
+/// An exception of the platform's type that gives no reason.
+#pragma once
+
+#import "platform/Cocoa.h"
+
+/// Debian's NSException makes up a reason where it was given none; this one doesn't.
+@interface ExceptionWithoutReason : NSException
+@end

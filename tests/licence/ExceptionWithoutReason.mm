@@ -1,0 +1,8 @@
+#import "tests/licence/ExceptionWithoutReason.h"
+
+@implementation ExceptionWithoutReason
+- (NSString *)reason
+{
+    return nil;
+}
+@end

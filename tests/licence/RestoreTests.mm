@@ -1,0 +1,597 @@
+#import "licence/AppDelegate+LicenceRestore.h"
+
+#import "detection/AppDelegate+DetectionStatus.h"
+#import "licence/AppDelegate+LicenceBackup.h"
+#import "tests/licence/ExceptionWithoutReason.h"
+#import "tests/support/AlertAnswers.hpp"
+#import "tests/support/Replaced.hpp"
+#import "tests/support/RoomTest.hpp"
+
+namespace fs = std::filesystem;
+
+/// The search in the unpacked archive ends in an exception without a reason.
+@interface ControllerThatLosesItsWay : AppDelegate
+@end
+
+@implementation ControllerThatLosesItsWay
+- (NSString *)findLicenseFileUnderPath:(NSString *)root
+{
+    @throw [[[ExceptionWithoutReason alloc] initWithName:NSGenericException reason:nil userInfo:nil] autorelease];
+}
+@end
+
+/// What it throws is no exception of the platform's.
+@interface ControllerThatThrowsAString : AppDelegate
+@end
+
+@implementation ControllerThatThrowsAString
+- (NSString *)findLicenseFileUnderPath:(NSString *)root
+{
+    @throw @"something else";
+}
+@end
+
+namespace
+{
+
+const SeenPanel replaceQuestion {
+    { "Replace existing license?",
+        "A Quorlen 3 license file already exists on this Mac. Replace it with the selected backup?" },
+    { "Replace", "Cancel" },
+};
+const SeenPanel restoredAlert {
+    { "License restored.", "The Quorlen 3 license file has been restored." },
+    { "OK" },
+};
+const SeenPanel notRestoredAlert {
+    { "License was not restored.", "The selected backup did not contain a .licence file or could not be restored." },
+    { "OK" },
+};
+
+/// An entry of an archive that a test makes.
+struct Entry {
+    std::string name; ///< A folder's ends in a slash.
+    std::string text;
+    std::string mode = "0100600"; ///< Kind and rights, in octal digits.
+};
+
+void makeZip(const fs::path &archive, const std::vector<Entry> &entries)
+{
+    Strings command { "/usr/bin/python3", "-c", R"(
+import sys, zipfile
+archive, *words = sys.argv[1:]
+with zipfile.ZipFile(archive, "w") as zipped:
+    for name, text, mode in zip(words[::3], words[1::3], words[2::3]):
+        info = zipfile.ZipInfo(name)
+        info.create_system = 3
+        info.external_attr = int(mode, 8) << 16
+        zipped.writestr(info, text)
+)",
+        archive };
+    for (const auto &entry : entries) {
+        command.insert(command.end(), { entry.name, entry.text, entry.mode });
+    }
+    EXPECT_EQ(run(command).status, 0);
+}
+
+/// The first entry below a folder with a licence's name, in the file system's order and a folder before what is in it.
+fs::path firstLicenceBelow(const fs::path &folder)
+{
+    for (const auto &entry : fs::recursive_directory_iterator(folder)) {
+        if (entry.path().filename() == ".licence") {
+            return entry.path();
+        }
+    }
+    return {};
+}
+
+template <typename View> View *viewOf(NSView *top)
+{
+    if ([top isKindOfClass:[View class]]) {
+        return static_cast<View *>(top);
+    }
+    for (NSView *view in [top subviews]) {
+        if (View *found = viewOf<View>(view)) {
+            return found;
+        }
+    }
+    return nil;
+}
+
+/// Chooses a file in the browser of the open panel that is up.
+void choose(const fs::path &file)
+{
+    NSBrowser *browser = viewOf<NSBrowser>([[NSApp modalWindow] contentView]);
+    ASSERT_NE(browser, nil);
+    ASSERT_TRUE([browser setPath:ns(file)]) << "the panel does not show " << file;
+    ASSERT_TRUE([browser sendAction]);
+}
+
+class Restore : public RoomTest
+{
+protected:
+    explicit Restore(Class type = [AppDelegate class]) : RoomTest(type) { }
+
+    void SetUp() override
+    {
+        RoomTest::SetUp();
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+    }
+
+    /// Restores from an archive that is chosen in the real panel.
+    /// @param buttons Pressed in the alerts that follow.
+    /// @return These alerts.
+    std::vector<SeenPanel> restore(const fs::path &chosen, Strings buttons = { "OK" })
+    {
+        buttons.insert(buttons.begin(), "OK"); // the panel's own
+        AlertAnswers answers(buttons, [&](std::size_t number) {
+            if (number == 0) {
+                choose(chosen);
+            }
+        });
+        [controller.get() restoreLicense:nil];
+        return { answers.seen().begin() + 1, answers.seen().end() };
+    }
+
+    /// The log's lines of an attempt, its result and the scan after it.
+    Strings linesOfAttempt(const Strings &result) const
+    {
+        Strings lines { "Restoring license from: " + archive.string() };
+        lines.insert(lines.end(), result.begin(), result.end());
+        if (fs::exists(licence())) {
+            lines.insert(lines.end(), { "Detected 1 Quorlen 3 item(s).", "License detected." });
+        } else if (fs::exists(licence().parent_path())) {
+            lines.push_back("Detected 1 Quorlen 3 item(s).");
+        } else {
+            lines.insert(lines.end(), nothingFoundLines.begin(), nothingFoundLines.end());
+        }
+        return lines;
+    }
+
+    /// Expects that an archive is not accepted and that the licence that was there stays.
+    void expectRefused(const std::string &why)
+    {
+        write(licence(), "the old licence");
+        const auto before = newLines().size();
+
+        EXPECT_EQ(restore(archive, { "Replace", "OK" }), (std::vector { replaceQuestion, notRestoredAlert })) << why;
+
+        const auto lines = newLines();
+        EXPECT_EQ(Strings(lines.begin() + static_cast<std::ptrdiff_t>(before), lines.end()),
+            linesOfAttempt({ "License restore failed." }))
+            << why;
+        EXPECT_EQ(contents(licence()), "the old licence") << why;
+        EXPECT_EQ(temporaryFolders(), Strings()) << why;
+    }
+
+    const fs::path folder = home() / "Documents/Backups";
+    const fs::path archive = folder / "backup.zip";
+};
+
+class RestoreThatLosesItsWay : public Restore
+{
+protected:
+    RestoreThatLosesItsWay() : Restore([ControllerThatLosesItsWay class]) { }
+};
+
+class RestoreWithAnotherThrow : public Restore
+{
+protected:
+    RestoreWithAnotherThrow() : Restore([ControllerThatThrowsAString class]) { }
+};
+
+class Search : public Restore
+{
+protected:
+    fs::path found() const { return utf8([controller.get() findLicenseFileUnderPath:ns(folder)]); }
+    bool foundNothing() const { return [controller.get() findLicenseFileUnderPath:ns(folder)] == nil; }
+};
+
+}
+
+TEST_F(Restore, AsksForOneZipFileInThePanel)
+{
+    // Debian's panel shows no message and doesn't keep it.
+    static std::string message;
+    const Replaced setMessage(
+        [NSOpenPanel class], @selector(setMessage:), +[](id, SEL, NSString *text) { message = utf8(text); });
+    AlertAnswers answers({ "Cancel" }, [](std::size_t) {
+        ASSERT_TRUE([[NSApp modalWindow] isKindOfClass:[NSOpenPanel class]]);
+        NSOpenPanel *panel = static_cast<NSOpenPanel *>([NSApp modalWindow]);
+        EXPECT_EQ(utf8([panel title]), "Choose a Quorlen License Backup");
+        EXPECT_EQ(message, "Select a Quorlen license backup zip created by this tool.");
+        EXPECT_EQ(utf8([panel prompt]), "Restore License");
+        EXPECT_TRUE([panel canChooseFiles]);
+        EXPECT_FALSE([panel canChooseDirectories]);
+        EXPECT_FALSE([panel allowsMultipleSelection]);
+        EXPECT_TRUE([[panel allowedFileTypes] isEqual:@[ @"zip" ]]);
+    });
+
+    [controller.get() restoreLicense:nil];
+
+    EXPECT_EQ(answers.seen().size(), 1u);
+}
+
+TEST_F(Restore, CancellingThePanelLeavesNoTrace)
+{
+    write(licence(), "the old licence");
+    const auto status = statusLine();
+    AlertAnswers answers({ "Cancel" });
+
+    [controller.get() restoreLicense:nil];
+
+    EXPECT_EQ(answers.seen().size(), 1u);
+    EXPECT_EQ(newLines(), Strings());
+    EXPECT_EQ(statusLine(), status);
+    EXPECT_EQ(contents(licence()), "the old licence");
+}
+
+TEST_F(Restore, APanelThatNamesNoFileLeavesNoTrace)
+{
+    const Replaced run([NSOpenPanel class], @selector(runModal), +[](id, SEL) { return NSInteger(NSModalResponseOK); });
+    const Replaced url([NSOpenPanel class], @selector(URL), +[](id, SEL) { return id(); });
+    write(licence(), "the old licence");
+    const AlertAnswers noAlerts({});
+
+    [controller.get() restoreLicense:nil];
+
+    EXPECT_EQ(newLines(), Strings());
+    EXPECT_EQ(contents(licence()), "the old licence");
+}
+
+TEST_F(Restore, PutsTheLicenceOfABackupBackWithoutAQuestionWhereThereIsNone)
+{
+    const std::string original { "\0licence\xff\n of ann", 17 };
+    write(licence(), original);
+    fs::permissions(licence(), fs::perms::owner_read | fs::perms::owner_write);
+    [controller.get() backupLicenceIfPresent];
+    fs::rename(onlyArchive(), archive);
+    fs::remove_all(locations()[3]);
+    const auto before = newLines().size();
+
+    EXPECT_EQ(restore(archive), std::vector { restoredAlert });
+
+    EXPECT_EQ(contents(licence()), original);
+    EXPECT_EQ(fs::status(licence()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    const auto lines = newLines();
+    EXPECT_EQ(Strings(lines.begin() + static_cast<std::ptrdiff_t>(before), lines.end()),
+        linesOfAttempt({ "License restored: " + licence().string() }));
+    EXPECT_EQ(statusLine(), "Quorlen 3 detected. 1 related item(s) found. License detected.");
+    EXPECT_TRUE(enabled().first);
+    EXPECT_EQ(temporaryFolders(), Strings());
+    EXPECT_TRUE(fs::exists(archive));
+}
+
+TEST_F(Restore, ReplacesAnExistingLicenceOnceTheUserAgreed)
+{
+    write(licence(), "the old licence");
+    makeZip(archive, { { "folder/.licence", "the new licence" } });
+
+    EXPECT_EQ(restore(archive, { "Replace", "OK" }), (std::vector { replaceQuestion, restoredAlert }));
+
+    EXPECT_EQ(contents(licence()), "the new licence");
+    EXPECT_EQ(newLines(), linesOfAttempt({ "License restored: " + licence().string() }));
+}
+
+TEST_F(Restore, DecliningToReplaceLeavesNoTrace)
+{
+    write(licence(), "the old licence");
+    makeZip(archive, { { ".licence", "the new licence" } });
+    const auto status = statusLine();
+
+    EXPECT_EQ(restore(archive, { "Cancel" }), std::vector { replaceQuestion });
+
+    EXPECT_EQ(contents(licence()), "the old licence");
+    EXPECT_EQ(newLines(), Strings());
+    EXPECT_EQ(statusLine(), status) << "no scan";
+}
+
+TEST_F(Restore, OnlyReplaceReplacesWhateverOtherCodeTheAlertReturns)
+{
+    static NSInteger code;
+    static NSURL *chosen;
+    const Replaced run([NSOpenPanel class], @selector(runModal), +[](id, SEL) { return NSInteger(NSModalResponseOK); });
+    const Replaced url([NSOpenPanel class], @selector(URL), +[](id, SEL) { return chosen; });
+    const Replaced alert([NSAlert class], @selector(runModal), +[](id, SEL) { return code; });
+    makeZip(archive, { { ".licence", "the new licence" } });
+    chosen = [NSURL fileURLWithPath:ns(archive)];
+    write(licence(), "the old licence");
+
+    for (const NSInteger other : { 1001, 1002, 1, 0, -1000, -1001 }) {
+        code = other;
+        [controller.get() restoreLicense:nil];
+        EXPECT_EQ(newLines(), Strings()) << other;
+        EXPECT_EQ(contents(licence()), "the old licence") << other;
+    }
+}
+
+TEST_F(Restore, TellsTheOutcomeInTheLogThenInTheAlertAndThenScans)
+{
+    makeZip(archive, { { ".licence", "the licence" } });
+    Strings linesBehindTheAlert;
+    std::string statusBehindTheAlert;
+    AlertAnswers answers({ "OK", "OK" }, [&](std::size_t number) {
+        if (number == 0) {
+            choose(archive);
+        } else {
+            linesBehindTheAlert = newLines();
+            statusBehindTheAlert = statusLine();
+        }
+    });
+
+    [controller.get() restoreLicense:nil];
+
+    EXPECT_EQ(linesBehindTheAlert,
+        (Strings { "Restoring license from: " + archive.string(), "License restored: " + licence().string() }));
+    EXPECT_EQ(statusBehindTheAlert, "Checking for Quorlen 3...");
+    EXPECT_EQ(statusLine(), "Quorlen 3 detected. 1 related item(s) found. License detected.");
+}
+
+TEST_F(Restore, HandsTheArchiverTheChosenFileInFourArguments)
+{
+    const StoppedClock clock(7);
+    makeZip(archive, { { ".licence", "the licence" } });
+
+    EXPECT_TRUE([controller.get() restoreLicenseFromZip:ns(archive) toPath:ns(licence())]);
+
+    EXPECT_EQ(callsOf("/usr/bin/ditto").back(),
+        (Strings { "-x", "-k", archive, temporaryFolder() / "Quorlen-License-Restore-20261115-000007" }));
+}
+
+TEST_F(Restore, TwiceInTheSameSecondDoesNoHarm)
+{
+    const StoppedClock clock(7);
+    makeZip(archive, { { "one/.licence", "the first" } });
+    EXPECT_TRUE([controller.get() restoreLicenseFromZip:ns(archive) toPath:ns(licence())]);
+    makeZip(archive, { { "two/.licence", "the second" } });
+
+    EXPECT_TRUE([controller.get() restoreLicenseFromZip:ns(archive) toPath:ns(licence())]);
+
+    EXPECT_EQ(contents(licence()), "the second");
+    EXPECT_EQ(temporaryFolders(), Strings());
+}
+
+TEST_F(Restore, LeavesTheNoteOfTheLastBackupAlone)
+{
+    [controller.get() setLastBackupPath:@"/an/earlier.zip"];
+    makeZip(archive, { { ".licence", "the licence" } });
+
+    restore(archive);
+
+    EXPECT_EQ(utf8([controller.get() lastBackupPath]), "/an/earlier.zip");
+}
+
+TEST_F(Restore, FindsTheLicenceHoweverDeepItLies)
+{
+    makeZip(archive, { { "1/2/3/4/5/6/7/8/9/10/.licence", "the licence" }, { "1/readme.txt", "no licence" } });
+
+    EXPECT_EQ(restore(archive), std::vector { restoredAlert });
+
+    EXPECT_EQ(contents(licence()), "the licence");
+}
+
+TEST_F(Restore, TakesTheFirstOfSeveralInTheOrderOfTheFileSystem)
+{
+    std::vector<Entry> entries;
+    for (const char *name : { "b/.licence", "a/.licence", ".licence", "c/d/.licence", "a/a/.licence" }) {
+        entries.push_back({ name, std::string("the one in ") + name });
+    }
+    makeZip(archive, entries);
+    // The same archive unpacked by the same tool beside it: the same order.
+    const auto unpacked = temporaryFolder() / "unpacked";
+    ASSERT_EQ(run({ "/usr/bin/ditto", "-x", "-k", archive, unpacked }).status, 0);
+    const auto first = contents(firstLicenceBelow(unpacked));
+    fs::remove_all(unpacked);
+
+    EXPECT_EQ(restore(archive), std::vector { restoredAlert });
+
+    EXPECT_EQ(contents(licence()), first);
+}
+
+TEST_F(Restore, TakesAFolderOfTheNameToo)
+{
+    makeZip(archive, { { "x/.licence/", "", "040700" }, { "x/.licence/inside", "a file" } });
+
+    EXPECT_EQ(restore(archive), std::vector { restoredAlert });
+
+    EXPECT_TRUE(fs::is_directory(licence()));
+    EXPECT_EQ(contents(licence() / "inside"), "a file");
+}
+
+TEST_F(Restore, ReplacesAFolderOfTheNameWithAllThatIsInIt)
+{
+    write(licence() / "inside", "a file");
+    makeZip(archive, { { ".licence", "the licence" } });
+
+    EXPECT_EQ(restore(archive, { "Replace", "OK" }), (std::vector { replaceQuestion, restoredAlert }));
+
+    EXPECT_EQ(contents(licence()), "the licence");
+}
+
+TEST_F(Restore, RefusesAFileThatIsNoZip)
+{
+    write(archive, "a text that is named like an archive");
+    expectRefused("a text");
+    write(archive, "");
+    expectRefused("an empty file");
+}
+
+TEST_F(Restore, RefusesADamagedArchive)
+{
+    makeZip(archive, { { ".licence", std::string(5000, 'l') } });
+    const auto whole = contents(archive);
+    write(archive, whole.substr(0, whole.size() / 2));
+    expectRefused("cut off");
+    auto changed = whole;
+    changed[whole.size() / 2] = 'x';
+    write(archive, changed);
+    expectRefused("a byte is wrong");
+}
+
+TEST_F(Restore, RefusesAnArchiveThatMayNotBeRead)
+{
+    makeZip(archive, { { ".licence", "the new licence" } });
+    fs::permissions(archive, fs::perms::none);
+    expectRefused("unreadable");
+}
+
+TEST_F(Restore, RefusesAnArchiveWithoutALicence)
+{
+    makeZip(archive, {});
+    expectRefused("empty");
+    for (const char *name :
+        { "folder/readme.txt", ".license", ".LICENCE", ".Licence", "licence", ".licence.txt", "my.licence" }) {
+        makeZip(archive, { { name, "no licence" } });
+        expectRefused(name);
+    }
+}
+
+TEST_F(Restore, ThatIsRefusedMakesNoFolderForTheLicence)
+{
+    makeZip(archive, { { "readme.txt", "no licence" } });
+
+    EXPECT_EQ(restore(archive), std::vector { notRestoredAlert });
+
+    EXPECT_FALSE(fs::exists(licence().parent_path()));
+    EXPECT_EQ(newLines(), linesOfAttempt({ "License restore failed." }));
+}
+
+TEST_F(Restore, WhoseCopyFailsHasLostTheOldLicenceAndSaysWhy)
+{
+    write(licence(), "the old licence");
+    makeZip(archive, { { ".licence", "nobody may read this", "0100000" } });
+
+    EXPECT_EQ(restore(archive, { "Replace", "OK" }), (std::vector { replaceQuestion, notRestoredAlert }));
+
+    EXPECT_FALSE(fs::exists(licence())) << "it was removed before the copy";
+    EXPECT_EQ(temporaryFolders(), Strings());
+    const auto lines = newLines();
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_TRUE(lines[1].starts_with("License copy error: ") && lines[1] != "License copy error: unknown error");
+    EXPECT_GT(lines[1].size(), std::string("License copy error: ").size());
+    EXPECT_EQ(lines, linesOfAttempt({ lines[1], "License restore failed." }));
+}
+
+TEST_F(Restore, WhoseCopyFailsWithoutAnErrorSaysUnknownError)
+{
+    const Replaced copy(
+        [NSFileManager class], @selector(copyItemAtPath:toPath:error:),
+        +[](id, SEL, NSString *, NSString *, NSError **) { return BOOL(NO); });
+    makeZip(archive, { { ".licence", "the licence" } });
+
+    EXPECT_FALSE([controller.get() restoreLicenseFromZip:ns(archive) toPath:ns(licence())]);
+
+    EXPECT_EQ(newLines(), Strings { "License copy error: unknown error" });
+    EXPECT_EQ(temporaryFolders(), Strings());
+}
+
+TEST_F(Restore, IsSkippedWithAReasonWhenTheArchiverCannotBeStarted)
+{
+    makeZip(archive, { { ".licence", "the new licence" } });
+    for (const char *state : { "missing", "not-a-program" }) {
+        const Archiver archiver(state);
+        write(licence(), "the old licence");
+        const auto before = newLines().size();
+
+        EXPECT_EQ(restore(archive, { "Replace", "OK" }), (std::vector { replaceQuestion, notRestoredAlert }));
+
+        auto lines = newLines();
+        lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before));
+        ASSERT_GE(lines.size(), 2u);
+        EXPECT_TRUE(lines[1].starts_with("License restore skipped: ")) << lines[1];
+        EXPECT_NE(lines[1], "License restore skipped: unknown error");
+        EXPECT_EQ(lines, linesOfAttempt({ lines[1], "License restore failed." }));
+        EXPECT_EQ(contents(licence()), "the old licence");
+        EXPECT_EQ(temporaryFolders(), Strings());
+    }
+}
+
+TEST_F(RestoreThatLosesItsWay, SaysUnknownErrorWhereTheExceptionGivesNoReason)
+{
+    makeZip(archive, { { ".licence", "the licence" } });
+
+    EXPECT_EQ(restore(archive), std::vector { notRestoredAlert });
+
+    EXPECT_EQ(newLines(), linesOfAttempt({ "License restore skipped: unknown error", "License restore failed." }));
+    EXPECT_EQ(temporaryFolders(), Strings()) << "cleaned up by the handler";
+}
+
+TEST_F(RestoreWithAnotherThrow, LetsItPass)
+{
+    makeZip(archive, { { ".licence", "the licence" } });
+    std::string caught;
+    @try {
+        [controller.get() restoreLicenseFromZip:ns(archive) toPath:ns(licence())];
+    } @catch (NSString *thrown) {
+        caught = utf8(thrown);
+    }
+
+    EXPECT_EQ(caught, "something else");
+    EXPECT_EQ(newLines(), Strings());
+}
+
+TEST_F(Search, FindsNothingWhereThereIsNothing)
+{
+    EXPECT_TRUE(foundNothing()) << "an empty folder";
+    fs::remove_all(folder);
+    EXPECT_TRUE(foundNothing()) << "no folder";
+}
+
+TEST_F(Search, TakesOnlyTheExactName)
+{
+    for (const char *name : { ".license", ".LICENCE", ".licence2", "x.licence", "licence", ".licence.d/file" }) {
+        write(folder / name, "");
+    }
+    EXPECT_TRUE(foundNothing());
+
+    write(folder / "deep/deeper/.licence", "");
+    EXPECT_EQ(found(), folder / "deep/deeper/.licence");
+}
+
+TEST_F(Search, TakesAFolderAndALinkToNothingToo)
+{
+    fs::create_directories(folder / "a/.licence");
+    EXPECT_EQ(found(), folder / "a/.licence");
+
+    fs::remove_all(folder / "a");
+    fs::create_symlink("/nowhere", folder / ".licence");
+    EXPECT_EQ(found(), folder / ".licence");
+}
+
+TEST_F(Search, TakesTheFirstInTheOrderOfTheFileSystem)
+{
+    for (const char *name : { "m/.licence", "z/.licence", "a/.licence", "a/b/.licence" }) {
+        write(folder / name, "");
+    }
+
+    EXPECT_EQ(found(), firstLicenceBelow(folder));
+}
+
+TEST_F(Restore, SimpleAlertShowsItsTextsAndOneButton)
+{
+    AlertAnswers answers({ "OK" });
+
+    [controller.get() showSimpleAlertWithTitle:@"A title" message:@"A message"];
+
+    EXPECT_EQ(answers.seen(), (std::vector { SeenPanel { { "A title", "A message" }, { "OK" } } }));
+}
+
+TEST_F(Restore, SimpleAlertShowsNothingForATextThatIsMissing)
+{
+    static Strings shown;
+    shown.clear();
+    const Replaced message(
+        [NSAlert class], @selector(setMessageText:),
+        +[](id, SEL, NSString *text) { shown.push_back(text == nil ? "nil" : utf8(text)); });
+    const Replaced information(
+        [NSAlert class], @selector(setInformativeText:),
+        +[](id, SEL, NSString *text) { shown.push_back(text == nil ? "nil" : utf8(text)); });
+    AlertAnswers answers({ "OK" });
+
+    [controller.get() showSimpleAlertWithTitle:nil message:nil];
+
+    EXPECT_EQ(shown, (Strings { "", "" }));
+    ASSERT_EQ(answers.seen().size(), 1u);
+    EXPECT_EQ(answers.seen()[0].buttons, Strings { "OK" });
+}

@@ -1,0 +1,32 @@
+#import "platform/Cocoa.h"
+#import "platform/Retained.hpp"
+#import "tests/support/Stage.hpp"
+
+#include <gtest/gtest.h>
+
+/// Waits for a notification.
+@interface Listener : NSObject {
+@public
+    bool _heard;
+}
+@end
+
+@implementation Listener
+
+- (void)hear:(NSNotification *)notification
+{
+    _heard = true;
+}
+
+@end
+
+TEST(PasteboardServer, IsHeardWhenItHasStarted)
+{
+    const auto listener = adopt([[Listener alloc] init]);
+    [[NSDistributedNotificationCenter defaultCenter] addObserver:listener.get()
+                                                        selector:@selector(hear:)
+                                                            name:@"GSStartup-Test"
+                                                          object:nil];
+    run({ "sh", "-c", "gpbs -GSStartupNotification GSStartup-Test --auto >/dev/null 2>&1 &" });
+    EXPECT_TRUE(handleEventsUntil([&] { return listener.get()->_heard; }));
+}

@@ -1,0 +1,46 @@
+#import "platform/Cocoa.h"
+#import "platform/Retained.hpp"
+#import "tests/support/Stage.hpp"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+/// A text view in a bordered scroll view with a vertical scroller, made as a Mac program makes it.
+struct ScrolledText : testing::Test {
+    Retained<NSScrollView> scrollView = adopt([[NSScrollView alloc] initWithFrame:NSMakeRect(36, 82, 488, 120)]);
+    Retained<NSTextView> textView;
+
+    ScrolledText()
+    {
+        [scrollView.get() setHasVerticalScroller:YES];
+        [scrollView.get() setBorderType:NSBezelBorder];
+        textView = adopt([[NSTextView alloc] initWithFrame:[scrollView.get() bounds]]);
+        [textView.get() setString:[@"" stringByPaddingToLength:2000 withString:@"words " startingAtIndex:0]];
+        [scrollView.get() setDocumentView:textView.get()];
+    }
+};
+
+} // namespace
+
+TEST_F(ScrolledText, IsBrokenWithinTheVisibleWidth)
+{
+    NSLayoutManager *layout = [textView.get() layoutManager];
+    NSTextContainer *container = [textView.get() textContainer];
+    const NSRect used =
+        (void([layout glyphRangeForTextContainer:container]), [layout usedRectForTextContainer:container]);
+    EXPECT_GT(NSWidth(used), 300) << "there must be text to judge by";
+    EXPECT_LE(NSMaxX(used) + [textView.get() textContainerOrigin].x, [scrollView.get() contentSize].width);
+}
+
+TEST_F(ScrolledText, KeepsTheFramesItWasGiven)
+{
+    EXPECT_EQ(NSWidth([textView.get() frame]), 488);
+    EXPECT_TRUE(NSEqualRects([scrollView.get() frame], NSMakeRect(36, 82, 488, 120)));
+}
+
+TEST_F(ScrolledText, HasItsScrollerOnTheRight)
+{
+    EXPECT_GT(NSMinX([[scrollView.get() verticalScroller] frame]), NSMidX([scrollView.get() bounds]));
+}

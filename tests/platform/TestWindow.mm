@@ -1,0 +1,136 @@
+#import "tests/platform/TestWindow.hpp"
+
+#import "platform/Retained.hpp"
+#import "tests/support/Stage.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+@implementation NotingView
+
+- (BOOL)acceptsFirstResponder
+{
+    return YES;
+}
+
+- (void)keyDown:(NSEvent *)event
+{
+    seen.push_back(event);
+}
+
+- (void)flagsChanged:(NSEvent *)event
+{
+    seen.push_back(event);
+}
+
+@end
+
+TestWindow::TestWindow()
+{
+    _window = [[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, 300, 300)
+                                          styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
+                                            backing:NSBackingStoreBuffered
+                                              defer:NO];
+    [_window setReleasedWhenClosed:NO];
+    [_window setTitle:@"Test window"];
+    _view = [[NotingView alloc] initWithFrame:NSMakeRect(0, 0, 300, 300)];
+    [[_window contentView] addSubview:_view];
+    [_window center];
+    [NSApp activateIgnoringOtherApps:YES];
+    [_window makeKeyAndOrderFront:nil];
+    [_window makeFirstResponder:_view];
+    EXPECT_TRUE(handleEventsUntil([this] { return [_window isKeyWindow] && [_window isVisible]; }));
+    EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() == "Test window\n"; }));
+    // Somebody is there: a program that nobody has touched yet is given no keyboard for its later windows.
+    pressKey("j");
+    EXPECT_TRUE(handleEventsUntil([this] { return !_view->seen.empty(); }));
+    _view->seen.clear();
+}
+
+TestWindow::~TestWindow()
+{
+    [_window close];
+    [_view release];
+    [_window release];
+}
+
+HeldKey::HeldKey(std::string name) : _name(std::move(name))
+{
+    EXPECT_EQ(run({ "xdotool", "keydown", _name }).status, 0);
+}
+
+HeldKey::~HeldKey()
+{
+    EXPECT_EQ(run({ "xdotool", "keyup", _name }).status, 0);
+}
+
+void pressKey(const std::string &name)
+{
+    EXPECT_EQ(run({ "xdotool", "key", name }).status, 0);
+}
+
+/// Ends a modal session once it is told to.
+@interface ModalEnd : NSObject {
+@public
+    std::atomic<bool> _wanted;
+}
+@end
+
+@implementation ModalEnd
+
+- (void)look:(NSTimer *)timer
+{
+    if (_wanted) {
+        [NSApp stopModalWithCode:NSModalResponseAbort];
+    }
+}
+
+@end
+
+NSInteger runModalWhile(id panel, const std::function<bool()> &act)
+{
+    const auto end = adopt([[ModalEnd alloc] init]);
+    NSTimer *timer = [NSTimer timerWithTimeInterval:0.1
+                                             target:end.get()
+                                           selector:@selector(look:)
+                                           userInfo:nil
+                                            repeats:YES];
+    [[NSRunLoop currentRunLoop] addTimer:timer forMode:NSModalPanelRunLoopMode];
+    std::thread person([&] { end.get()->_wanted = !act(); });
+    const NSInteger code = [panel runModal];
+    person.join();
+    [timer invalidate];
+    EXPECT_FALSE(end.get()->_wanted) << "what was to be done at the panel could not be done";
+    return code;
+}
+
+bool eventually(const std::function<bool()> &question)
+{
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!question()) {
+        if (std::chrono::steady_clock::now() > limit) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+std::string focusedTitle()
+{
+    return run({ "xdotool", "getwindowfocus", "getwindowname" }).output;
+}
+
+std::string alertTitle()
+{
+    return program_invocation_short_name; // Plain C: it is asked from threads that have no autorelease pool.
+}
+
+bool alertHasTheKeyboard()
+{
+    return focusedTitle() == alertTitle() + "\n";
+}

@@ -1,0 +1,523 @@
+#!/usr/bin/python3
+"""The practice Mac's own tests, on real ones. Needs root."""
+import contextlib
+import json
+import os
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+import zipfile
+from pathlib import Path
+
+COMMAND = Path(__file__).resolve().parents[2] / "practice-mac" / "practice-mac"
+SYSTEM_LOCATIONS = ["/Applications/Quorlen.app", "/Library/LaunchDaemons/com.vendrel.QuorlenDaemon.plist",
+                    "/Library/PrivilegedHelperTools/com.vendrel.QuorlenDaemon"]
+LICENCE = "Library/Application Support/Quorlen/.licence"
+AGENT = "com.vendrel.QuorlenAgent"
+DAEMON = "com.vendrel.QuorlenDaemon"
+
+
+def practice_mac(*words: str, **options) -> subprocess.CompletedProcess:
+    return subprocess.run([COMMAND, *words], capture_output=True, check=False, **options)
+
+
+class Mac:
+    """One practice Mac, up for the length of a "with"."""
+
+    def __init__(self, *options: str) -> None:
+        self.options = options
+
+    def __enter__(self) -> "Mac":
+        started = practice_mac("start", *self.options, text=True)
+        if started.returncode != 0:
+            raise AssertionError(started.stderr)
+        self.seat = started.stdout.strip()
+        return self
+
+    def __exit__(self, *_) -> None:
+        self.do("stop")
+
+    def do(self, verb: str, *words: str) -> str:
+        done = practice_mac(verb, self.seat, *words, text=True)
+        if done.returncode != 0:
+            raise AssertionError(f"{verb} {words}: {done.stderr}")
+        return done.stdout
+
+    def run(self, *words: str | bytes | Path, root: bool = False, **options) -> subprocess.CompletedProcess:
+        return practice_mac("run", self.seat, *(["--root"] if root else []), "--", *words, **options)
+
+    def output(self, *words: str | Path, root: bool = False) -> str:
+        done = self.run(*words, root=root, text=True)
+        if done.returncode != 0:
+            raise AssertionError(f"{words}: {done.stderr}")
+        return done.stdout
+
+    def exists(self, path: str) -> bool:
+        return self.run("test", "-e", path, root=True).returncode == 0
+
+    def write(self, path: str, content: bytes = b"") -> None:
+        """As ann."""
+        self.run("tee", path, input=content)
+
+    def report(self) -> dict:
+        return json.loads(self.do("report", "--json"))
+
+    def fates(self) -> list[str]:
+        return [place["became"] for place in self.report()["locations"]]
+
+    def calls(self) -> list[tuple]:
+        return [(call["user"], call["tool"], *call["arguments"]) for call in self.report()["calls"]]
+
+
+def wait_until(condition) -> None:
+    """For what the kernel does in its own time and tells nobody of. A minute is for ever here."""
+    deadline = time.monotonic() + 60
+    while not condition():
+        if time.monotonic() > deadline:
+            raise AssertionError("waited for in vain")
+
+
+@contextlib.contextmanager
+def running(*words: str | Path, **options):
+    """A process of the machine outside, ended at the latest with the "with"."""
+    with subprocess.Popen(words, **options) as process:
+        try:
+            yield process
+        finally:
+            process.kill()
+
+
+class HostTraces:
+    """What a practice Mac could leave on the machine outside."""
+
+    def __init__(self) -> None:
+        self.mounts = Path("/proc/self/mountinfo").read_text(encoding="utf-8")
+        self.users = Path("/etc/passwd").read_bytes()
+        self.seats = sorted(Path(tempfile.gettempdir()).glob("practice-mac.*"))
+
+    def __eq__(self, other) -> bool:
+        return vars(self) == vars(other)
+
+    def __repr__(self) -> str:
+        return repr(vars(self))
+
+
+def processes_in(namespace: str) -> list[str]:
+    """Those of the machine outside too: every process that this one can see."""
+    found = []
+    for link in Path("/proc").glob("[0-9]*/ns/pid"):
+        try:
+            if os.readlink(link) == namespace:
+                found.append((link.parents[1] / "cmdline").read_bytes().replace(b"\0", b" ").decode(errors="replace"))
+        except OSError:
+            pass  # it has ended
+    return found
+
+
+class Isolation(unittest.TestCase):
+    def test_a_file_that_root_deletes_or_changes_inside_stays_as_it_was_outside(self) -> None:
+        with tempfile.TemporaryDirectory(dir="/var/tmp") as folder:
+            kept = Path(folder, "kept")
+            kept.write_text("outside", encoding="ascii")
+            with Mac("--display", "none") as mac:
+                self.assertEqual(mac.output("cat", kept, root=True), "outside")
+                mac.output("sh", "-c", f"cd {folder} && echo inside >kept && echo >new && rm -r {folder}", root=True)
+                self.assertFalse(mac.exists(folder))
+            self.assertEqual(kept.read_text(encoding="ascii"), "outside")
+            self.assertEqual(list(Path(folder).iterdir()), [kept])
+
+    def test_root_inside_sees_and_ends_no_process_outside(self) -> None:
+        with running("sleep", "987654321") as outside, Mac("--display", "none") as mac:
+            self.assertNotIn("sleep 987654321", mac.output("ps", "-eo", "args", root=True))
+            self.assertNotEqual(mac.run("sh", "-c", f"kill -KILL {outside.pid}", root=True).returncode, 0)
+
+    def test_the_disks_and_the_kernels_knobs_are_out_of_reach(self) -> None:
+        with Mac("--display", "none") as mac:
+            disks = ("find", "/dev", "-exec", "test", "-b", "{}", ";", "-print")
+            self.assertEqual(mac.output(*disks, root=True), "")
+            knob = "/proc/sys/vm/swappiness"
+            self.assertNotEqual(mac.run("sh", "-c", f"cat {knob} >{knob}", root=True).returncode, 0)
+
+    def test_there_is_no_network_but_the_loopback(self) -> None:
+        with Mac("--display", "none") as mac:
+            links = json.loads(mac.output("ip", "-json", "link"))
+            self.assertEqual([(link["ifname"], "UP" in link["flags"]) for link in links], [("lo", True)])
+
+    def test_a_bound_folder_is_readable_by_ann_and_written_by_nobody_a_shared_one_is_written(self) -> None:
+        with tempfile.TemporaryDirectory() as bound, tempfile.TemporaryDirectory() as shared:
+            for folder in (bound, shared):
+                Path(folder, "file").write_text("outside", encoding="ascii")
+                os.chmod(folder, 0o777)
+            with Mac("--display", "none", "--bind", bound, "--share", shared) as mac:
+                self.assertEqual(mac.output("cat", f"{bound}/file"), "outside")
+                self.assertNotEqual(mac.run("sh", "-c", f"echo inside >'{bound}/file'", root=True).returncode, 0)
+                mac.output("sh", "-c", f"echo inside >'{shared}/mine'")
+            self.assertEqual(Path(bound, "file").read_text(encoding="ascii"), "outside")
+            self.assertEqual(Path(shared, "mine").read_text(encoding="ascii"), "inside\n")
+
+    def test_two_at_once_know_nothing_of_each_other(self) -> None:
+        with Mac("--home", "one") as one, Mac("--home", "two", "--locations", "none") as two:
+            one.output("rm", "-r", "/Users/one/Library/Logs/Quorlen")
+            self.assertEqual(one.fates().count("removed"), 1)
+            self.assertEqual(two.fates(), ["absent"] * 11)
+            for mac in (one, two):
+                mac.output("xdpyinfo")
+
+
+class Leavings(unittest.TestCase):
+    def setUp(self) -> None:
+        self.before = HostTraces()
+
+    def test_nothing_is_left_after_stop(self) -> None:
+        with Mac() as mac:
+            self.assertNotEqual(HostTraces(), self.before)
+            namespace = mac.output("readlink", "/proc/self/ns/pid").strip()
+            self.assertNotEqual(processes_in(namespace), [])
+        self.assertEqual(processes_in(namespace), [])
+        self.assertEqual(HostTraces(), self.before)
+
+    def test_nothing_is_left_of_a_start_that_failed(self) -> None:
+        self.assertNotEqual(practice_mac("start", "--locations", "12").returncode, 0)
+        self.assertEqual(HostTraces(), self.before)
+
+    def test_nothing_is_left_of_a_start_that_was_stopped_half_way(self) -> None:
+        with running(COMMAND, "start", stdout=subprocess.DEVNULL) as starting:
+            wait_until(lambda: HostTraces().seats != self.before.seats)
+            starting.terminate()
+            starting.wait()
+        self.assertEqual(HostTraces(), self.before)
+
+    def test_one_that_has_died_by_itself_is_told_of_and_can_be_stopped(self) -> None:
+        with Mac("--display", "none") as mac:
+            holder = int(Path(mac.seat, "holder").read_text(encoding="ascii"))
+            os.kill(holder, signal.SIGKILL)
+            wait_until(lambda: mac.run("true").returncode != 0)
+            self.assertIn("has ended", mac.run("true", text=True).stderr)
+        self.assertEqual(HostTraces(), self.before)
+
+    def test_it_goes_with_the_process_that_it_was_made_for(self) -> None:
+        with running("sleep", "infinity") as owner:
+            seat = practice_mac("start", "--display", "none", "--until", str(owner.pid), text=True).stdout.strip()
+            self.assertTrue(Path(seat).is_dir())
+        wait_until(lambda: HostTraces() == self.before)  # the folder goes last
+
+    def test_where_namespaces_are_refused_it_says_so_and_keeps_nothing(self) -> None:
+        refused = subprocess.run(["setpriv", "--bounding-set=-sys_admin", "--inh-caps=-sys_admin", COMMAND, "start"],
+                                 capture_output=True, text=True, check=False)
+        self.assertNotEqual(refused.returncode, 0)
+        self.assertIn("refused: to make namespaces", refused.stderr)
+        self.assertIn("--privileged", refused.stderr)
+        self.assertEqual(HostTraces(), self.before)
+
+    def test_a_command_ends_with_the_run_that_started_it(self) -> None:
+        with Mac("--display", "none") as mac:
+            with running(COMMAND, "run", mac.seat, "--", "sh", "-c", "echo $$; exec sleep infinity",
+                         stdout=subprocess.PIPE, text=True) as command:
+                pid = command.stdout.readline().strip()
+                command.terminate()
+                command.wait()
+            wait_until(lambda: not mac.exists(f"/proc/{pid}"))
+
+
+class Running(unittest.TestCase):
+    def setUp(self) -> None:
+        self.mac = self.enterContext(Mac())
+
+    def test_status_streams_and_variables_pass_through(self) -> None:
+        self.assertEqual(self.mac.run("sh", "-c", "exit 41").returncode, 41)
+        self.assertEqual(self.mac.run("sh", "-c", "kill -TERM $$").returncode, 128 + signal.SIGTERM)
+        done = self.mac.run("sh", "-c", "cat; echo gone wrong >&2", input=b"\0\xff\n")
+        self.assertEqual((done.stdout, done.stderr), (b"\0\xff\n", b"gone wrong\n"))
+        done = practice_mac("run", self.mac.seat, "--env", "A=b c\n'", "--", "printenv", "A", text=True)
+        self.assertEqual(done.stdout, "b c\n'\n")
+
+    def test_ann_is_an_ordinary_user_in_her_home_on_a_display(self) -> None:
+        self.assertEqual(self.mac.output("sh", "-c", 'id -un; pwd; echo "$HOME $DISPLAY"').split(),
+                         ["ann", "/Users/ann", "/Users/ann", ":99"])
+        self.assertEqual(self.mac.output("id", "-u", root=True), "0\n")
+        self.assertIn("_NET_SUPPORTING_WM_CHECK(WINDOW)", self.mac.output("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
+
+    def test_a_command_that_names_a_label_is_not_killed_by_what_it_runs(self) -> None:
+        done = self.mac.run("sh", "-c", 'exec pkill -f "$1"', "sh", AGENT, root=True)
+        self.assertEqual(done.returncode, 0)
+
+    def test_a_display_outside_can_be_used(self) -> None:
+        number, writer = os.pipe()
+        with running("Xvfb", "-displayfd", str(writer), "-nolisten", "tcp", pass_fds=[writer],
+                     stderr=subprocess.DEVNULL) as server:
+            os.close(writer)
+            with open(number, encoding="ascii") as line:
+                display = ":" + line.readline().strip()
+            with Mac("--display", display) as mac:
+                self.assertIn("name of display:    " + display, mac.output("xdpyinfo"))
+            server.terminate()  # and not killed: it removes its socket
+            server.wait()
+
+
+class Rights(unittest.TestCase):
+    def setUp(self) -> None:
+        self.mac = self.enterContext(Mac("--display", "none"))
+
+    def delete_as_administrator(self) -> int:
+        return self.mac.run("pkexec", "/bin/rm", "-r", SYSTEM_LOCATIONS[0]).returncode
+
+    def test_ann_alone_can_delete_no_system_location(self) -> None:
+        for path in SYSTEM_LOCATIONS:
+            before = self.mac.output("find", path, root=True)
+            self.assertNotEqual(self.mac.run("rm", "-rf", path).returncode, 0)
+            self.assertEqual(self.mac.output("find", path, root=True), before)
+
+    def test_granted_rights_delete(self) -> None:
+        self.assertEqual(self.delete_as_administrator(), 0)
+        self.assertFalse(self.mac.exists(SYSTEM_LOCATIONS[0]))
+
+    def test_refused_rights_delete_nothing_until_they_are_granted(self) -> None:
+        self.mac.do("rights", "refused")
+        self.assertEqual(self.delete_as_administrator(), 127)
+        self.assertTrue(self.mac.exists(SYSTEM_LOCATIONS[0]))
+        self.mac.do("rights", "granted")
+        self.assertEqual(self.delete_as_administrator(), 0)
+
+    def test_a_dismissed_prompt_deletes_nothing_and_is_told_from_a_refusal(self) -> None:
+        self.mac.do("rights", "dismissed")
+        self.assertEqual(self.delete_as_administrator(), 126)
+        self.assertTrue(self.mac.exists(SYSTEM_LOCATIONS[0]))
+
+    def test_a_running_program_meets_each_change_and_may_stage_under_any(self) -> None:
+        program = """
+            for rights in refused dismissed granted; do
+                pkexec /opt/practice/stage rights $rights
+                pkexec true
+                echo $?
+            done"""
+        self.assertEqual(self.mac.output("sh", "-c", program).split(), ["127", "126", "0"])
+
+    def test_a_pkexec_that_is_missing_or_no_program_comes_back_with_its_rights(self) -> None:
+        self.mac.do("tool", "pkexec", "missing")
+        self.assertFalse(self.mac.exists("/usr/bin/pkexec"))
+        self.mac.do("tool", "pkexec", "not-a-program")
+        self.assertTrue(self.mac.exists("/usr/bin/pkexec"))
+        self.assertNotEqual(self.delete_as_administrator(), 0)
+        self.mac.do("tool", "pkexec", "real")
+        self.assertEqual(self.delete_as_administrator(), 0)
+
+
+class Product(unittest.TestCase):
+    def test_all_of_it_is_planted_as_an_installer_leaves_it(self) -> None:
+        with Mac("--display", "none") as mac:
+            report = mac.report()
+            self.assertEqual([place["became"] for place in report["locations"]], ["kept"] * 11)
+            self.assertEqual([place["path"] for place in report["locations"]][:3], SYSTEM_LOCATIONS)
+            self.assertEqual((report["licence"]["same_as_planted"], report["licence"]["mode"]), (True, "0600"))
+            self.assertEqual((report["new_in_home"], report["lost"], report["changed"]), ([], [], []))
+            planted = [place["path"] for place in report["locations"]] + [f"/Users/ann/{LICENCE}"]
+            owners = mac.output("stat", "-c", "%U", *planted)
+            self.assertEqual(owners.split(), ["root"] * 3 + ["ann"] * 9)
+            for name, user in (("agent", "ann"), ("daemon", "root")):
+                self.assertEqual([process["user"] for process in report[name]["processes"]], [user])
+
+    def test_a_part_of_it(self) -> None:
+        with Mac("--display", "none", "--locations", "1,4,11", "--no-licence") as mac:
+            self.assertEqual(mac.fates(), ["kept" if number in (1, 4, 11) else "absent" for number in range(1, 12)])
+            self.assertFalse(mac.exists(f"/Users/ann/{LICENCE}"))
+
+    def test_without_its_jobs(self) -> None:
+        with Mac("--display", "none", "--no-agent", "--no-daemon") as mac:
+            report = mac.report()
+            self.assertEqual((report["agent"]["processes"], report["daemon"]["processes"]), ([], []))
+
+    def test_planted_again_it_is_whole_with_another_licence_or_none(self) -> None:
+        with Mac("--display", "none") as mac:
+            first = mac.report()["licence"]["planted_sha256"]
+            mac.output("rm", "-rf", "/Users/ann/Library/Logs/Quorlen", SYSTEM_LOCATIONS[0], root=True)
+            mac.do("plant")
+            report = mac.report()
+            self.assertEqual(mac.fates(), ["kept"] * 11)
+            self.assertNotEqual(report["licence"]["planted_sha256"], first)
+            self.assertEqual([len(report[name]["processes"]) for name in ("agent", "daemon")], [1, 1])
+            mac.do("plant", "--locations", "4", "--no-licence")
+            self.assertEqual(mac.report()["licence"]["kind"], "nothing")
+
+    def test_supervised_jobs_are_started_once_more_unless_they_were_unloaded(self) -> None:
+        with Mac("--display", "none", "--supervised") as mac:
+            mac.output("/bin/launchctl", "bootout", "system", SYSTEM_LOCATIONS[1], root=True)
+            mac.output("/usr/bin/pkill", "-f", AGENT, root=True)
+            report = mac.report()
+            self.assertEqual((len(report["agent"]["processes"]), report["agent"]["starts"]), (1, 2))
+            self.assertEqual((len(report["daemon"]["processes"]), report["daemon"]["starts"]), (0, 1))
+            mac.output("/usr/bin/pkill", "-f", AGENT, root=True)
+            wait_until(lambda: not mac.report()["agent"]["processes"])
+            self.assertEqual(mac.report()["agent"]["starts"], 2)
+
+    def test_an_odd_home_is_a_home_and_so_is_what_a_misread_name_would_reach(self) -> None:
+        for name in ("o'neil", "ann lee", "$(x)", "`x`", 'say "x"', "a\\b", "Zoë Ångström", "-rf", "*"):
+            with self.subTest(name), Mac("--display", "none", "--home", name) as mac:
+                home = f"/Users/{name}"
+                self.assertEqual(mac.output("sh", "-c", 'cd && pwd && getent passwd ann | cut -d: -f6').splitlines(),
+                                 [home, home])
+                mac.output("sh", "-c", 'rm -r "$HOME/Library/Logs/Quorlen"')
+                self.assertEqual(mac.fates(), ["kept"] * 10 + ["removed"])
+                self.assertEqual(mac.report()["lost"], [])
+
+    def test_what_is_lost_changed_or_new_elsewhere_is_reported(self) -> None:
+        with Mac("--display", "none", "--home", "ann lee") as mac:
+            mac.output("rm", "-r", "/Applications/Quorlen 2.app/Contents/Info.plist", "/Users/ann/Library/Logs/Quorlen",
+                       root=True)
+            mac.output("sh", "-c", "echo more >>'Documents/Letter to Vendrel.txt'; touch Library/new /tmp/new")
+            report = mac.report()
+            self.assertEqual(report["lost"], ["/Applications/Quorlen 2.app/Contents/Info.plist",
+                                              "/Users/ann/Library/Logs/Quorlen"])
+            self.assertEqual(report["changed"], ["/Users/ann lee/Documents/Letter to Vendrel.txt"])
+            self.assertEqual(report["new_in_home"], ["/Users/ann lee/Library/new"])
+            self.assertEqual(report["new_in_temporary_folder"], ["/tmp/new"])
+
+    def test_the_desktops_states(self) -> None:
+        with Mac("--display", "none") as mac:
+            for state, writable in (("full", False), ("read-only", False), ("missing", False), ("normal", True)):
+                mac.do("desktop", state)
+                done = mac.run("sh", "-c", "echo x >Desktop/x")
+                self.assertEqual(done.returncode == 0, writable, state)
+
+
+class Tools(unittest.TestCase):
+    def setUp(self) -> None:
+        self.mac = self.enterContext(Mac("--display", "none"))
+
+    def test_every_call_is_recorded_as_it_was_made(self) -> None:
+        odd = ["", " ", "a\nb", "'\"\\$`", "é", b"\xff"]
+        self.mac.run("/usr/bin/ditto", *odd)
+        self.mac.run("/bin/launchctl", "stop", AGENT, root=True)
+        self.mac.run("/usr/bin/sfltool", "resetbtm", root=True)
+        self.mac.run("/sbin/shutdown", "-r", "now", root=True)
+        self.mac.run("/usr/bin/pkill", "-f", "no such process", root=True)
+        self.mac.run("/usr/bin/xdg-open", "https://example.com/?a=b&c")
+        self.assertEqual(self.mac.calls(), [
+            ("ann", "/usr/bin/ditto", "", " ", "a\nb", "'\"\\$`", "é", "\udcff"),
+            ("root", "/bin/launchctl", "stop", AGENT),
+            ("root", "/usr/bin/sfltool", "resetbtm"),
+            ("root", "/sbin/shutdown", "-r", "now"),
+            ("root", "/usr/bin/pkill", "-f", "no such process"),
+            ("ann", "/usr/bin/xdg-open", "https://example.com/?a=b&c")])
+
+    def test_ann_can_neither_read_nor_change_the_record(self) -> None:
+        record = "/run/practice/record"
+        for command in (f"cat {record}/calls", f"echo x >>{record}/calls", f"ls {record}"):
+            self.assertNotEqual(self.mac.run("sh", "-c", command).returncode, 0)
+
+    def test_pkill_ends_what_carries_the_label_and_nothing_else(self) -> None:
+        before = self.mac.output("ps", "-eo", "args", root=True).count("\n")
+        self.mac.output("/usr/bin/pkill", "-f", DAEMON, root=True)
+        wait_until(lambda: not self.mac.report()["daemon"]["processes"])
+        self.assertEqual(len(self.mac.report()["agent"]["processes"]), 1)
+        self.assertEqual(self.mac.output("ps", "-eo", "args", root=True).count("\n"), before - 1)
+
+    def test_launchctl_acts_on_the_callers_own_jobs(self) -> None:
+        self.assertNotEqual(self.mac.run("/bin/launchctl", "stop", AGENT, root=True).returncode, 0)
+        self.assertNotEqual(self.mac.run("/bin/launchctl", "remove", DAEMON).returncode, 0)
+        self.mac.output("/bin/launchctl", "remove", AGENT)
+        self.mac.output("/bin/launchctl", "bootout", "system", SYSTEM_LOCATIONS[1], root=True)
+        report = self.mac.report()
+        self.assertEqual((report["agent"]["processes"], report["daemon"]["processes"]), ([], []))
+
+    def test_a_restart_is_the_superusers_and_can_be_waited_for(self) -> None:
+        self.assertNotEqual(self.mac.run("/sbin/shutdown", "-r", "now").returncode, 0)
+        with running(COMMAND, "await", self.mac.seat, "shutdown", "2") as waiting:
+            self.mac.output("/sbin/shutdown", "-r", "now", root=True)
+            self.assertEqual(waiting.wait(), 0)
+
+    def test_each_way_of_a_tool_to_fail(self) -> None:
+        words = ("/usr/bin/ditto", "-c", "-k", "--sequesterRsrc", "--keepParent", f"/Users/ann/{LICENCE}", "/tmp/l.zip")
+        for mode, status in (("missing", 127), ("fails", 1), ("silent", 0), ("dies", 128 + signal.SIGKILL)):
+            self.mac.do("tool", "ditto", mode)
+            self.assertEqual(self.mac.run(*words).returncode, status, mode)
+            self.assertFalse(self.mac.exists("/tmp/l.zip"), mode)
+        self.mac.do("tool", "ditto", "not-a-program")
+        launch = "import subprocess; subprocess.run(['/usr/bin/ditto'])"
+        self.assertIn("Exec format error", self.mac.run("/usr/bin/python3", "-c", launch, text=True).stderr)
+        self.mac.do("tool", "ditto", "hangs")
+        with running(COMMAND, "run", self.mac.seat, "--", *words) as hanging:
+            self.mac.do("await", "ditto", "4")
+            self.mac.output("sh", "-c", "kill $(pgrep -x ditto)", root=True)
+            self.assertEqual(hanging.wait(), 128 + signal.SIGTERM)
+        self.mac.do("tool", "ditto", "real")
+        self.assertEqual(self.mac.run(*words).returncode, 0)
+        self.assertTrue(self.mac.exists("/tmp/l.zip"))
+
+
+class Ditto(unittest.TestCase):
+    def setUp(self) -> None:
+        self.mac = self.enterContext(Mac("--display", "none"))
+        self.folder = self.enterContext(tempfile.TemporaryDirectory())
+
+    def extract(self, members: dict[str | zipfile.ZipInfo, bytes]) -> int:
+        """Extracts an archive of these members as ann into /tmp/out; the status."""
+        archive = Path(self.folder, "made.zip")
+        with zipfile.ZipFile(archive, "w") as zipped:
+            for name, content in members.items():
+                zipped.writestr(name, content)
+        self.mac.write("/tmp/made.zip", archive.read_bytes())
+        return self.mac.run("/usr/bin/ditto", "-x", "-k", "/tmp/made.zip", "/tmp/out").returncode
+
+    def outside(self) -> list[str]:
+        """What lies anywhere but in /tmp/out that was not there before."""
+        report = self.mac.report()
+        new = report["new_in_home"] + report["new_in_temporary_folder"] + report["new_elsewhere"]
+        return [path for path in new if path != "/tmp/made.zip" and not path.startswith("/tmp/out")]
+
+    def link(self, name: str) -> zipfile.ZipInfo:
+        info = zipfile.ZipInfo(name)
+        info.create_system = 3
+        info.external_attr = 0o120777 << 16
+        return info
+
+    def test_a_file_goes_in_under_its_parents_name_and_comes_out_as_it_was(self) -> None:
+        script = f"""
+            mkdir '/tmp/@ Ablage – 1' && cp -p ~/'{LICENCE}' '/tmp/@ Ablage – 1' && cd /
+            /usr/bin/ditto -c -k --sequesterRsrc --keepParent '/tmp/@ Ablage – 1/.licence' ~/Desktop/l.zip &&
+            LC_ALL=C /usr/bin/ditto -x -k ~/Desktop/l.zip /tmp/out/deep &&
+            cd '/tmp/out/deep/@ Ablage – 1' && cmp ~/'{LICENCE}' .licence && stat -c %a .licence"""
+        self.assertEqual(self.mac.output("sh", "-c", script), "600\n")
+        self.assertEqual(self.mac.report()["archives"], [
+            {"name": "l.zip", "members": ["@ Ablage – 1/.licence"], "holds_planted_licence": True}])
+
+    def test_a_missing_source_a_missing_archive_and_no_room_fail(self) -> None:
+        pack = ("/usr/bin/ditto", "-c", "-k", "--sequesterRsrc", "--keepParent")
+        self.assertEqual(self.mac.run(*pack, "/tmp/nothing", "/tmp/l.zip").returncode, 1)
+        self.assertEqual(self.mac.run("/usr/bin/ditto", "-x", "-k", "/tmp/nothing.zip", "/tmp/out").returncode, 1)
+        self.mac.do("desktop", "full")
+        self.assertEqual(self.mac.run(*pack, f"/Users/ann/{LICENCE}", "/Users/ann/Desktop/l.zip").returncode, 1)
+
+    def test_what_is_no_zip_is_refused_although_the_library_behind_it_could_read_it(self) -> None:
+        self.mac.output("sh", "-c", "cd /tmp; echo text >text.zip; bsdtar -cf tar.zip -C /etc hostname; : >empty.zip")
+        for name in ("text", "tar", "empty"):
+            done = self.mac.run("/usr/bin/ditto", "-x", "-k", f"/tmp/{name}.zip", "/tmp/out")
+            self.assertEqual(done.returncode, 1, name)
+            self.assertFalse(self.mac.exists("/tmp/out/hostname"))
+
+    def test_a_damaged_zip_fails(self) -> None:
+        self.assertEqual(self.extract({".licence": b"x" * 1000}), 0)
+        self.mac.output("sh", "-c", "head -c 500 /tmp/made.zip >/tmp/short.zip")
+        self.assertEqual(self.mac.run("/usr/bin/ditto", "-x", "-k", "/tmp/short.zip", "/tmp/out2").returncode, 1)
+
+    def test_a_zip_of_nothing_extracts_nothing(self) -> None:
+        self.assertEqual(self.extract({}), 0)
+
+    def test_no_entry_gets_out_of_the_folder(self) -> None:
+        target = "/Users/ann/Desktop"
+        self.assertEqual(self.extract({"a/.licence": b"in"}), 0)
+        self.assertNotEqual(self.extract({"../climbed": b"x", "a/../../climbed": b"x"}), 0)
+        self.extract({f"{target}/absolute": b"x"})
+        self.assertNotEqual(self.extract({self.link("out"): target.encode(), "out/through": b"x"}), 0)
+        self.assertEqual(self.outside(), [])
+        self.assertEqual([entry["name"] for entry in self.mac.report()["desktop"]], ["Shopping.txt"])
+
+
+if __name__ == "__main__":
+    if os.geteuid() != 0:
+        raise SystemExit("practice_mac_test.py: needs root, as the practice Mac does")
+    # Seats in a folder of this run's own, so that no other practice Mac of this machine is taken for a trace.
+    with tempfile.TemporaryDirectory(prefix="seats, ") as seats:
+        os.environ["TMPDIR"] = tempfile.tempdir = seats
+        unittest.main()

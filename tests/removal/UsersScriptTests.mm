@@ -1,0 +1,96 @@
+// The script and the quotings as the controller hands them out, and the script's run where nothing is installed.
+
+#import "removal/AppDelegate+CleanupScript.h"
+
+#include "platform/gnustep/PrivilegedShell.hpp"
+#import "platform/Text.hpp"
+#include "removal/CleanupScript.hpp"
+#include "removal/Quoting.hpp"
+#include "tests/removal/RandomText.hpp"
+#import "tests/support/PlatformFolders.hpp"
+#import "tests/support/RoomTest.hpp"
+
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+class UsersScript : public RoomTest
+{
+protected:
+    std::string script() const { return utf8([controller.get() cleanupShellScript]); }
+    /// What the script deletes, as it is written there.
+    Strings deleted() const
+    {
+        Strings words;
+        std::istringstream lines(script());
+        for (std::string line; std::getline(lines, line);) {
+            const std::string before = "/bin/rm -rf ", after = " 2>/dev/null || true";
+            if (line.starts_with(before) && line.ends_with(after)) {
+                words.push_back(line.substr(before.size(), line.size() - before.size() - after.size()));
+            }
+        }
+        return words;
+    }
+    std::string shellQuotedPath(NSString *path) const { return utf8([controller.get() shellQuotedString:path]); }
+};
+
+/// Everything in the places where the product lives, and what it is.
+Strings inventory()
+{
+    return { run({ "find", "/Applications", "/Library", home(), "-printf", "%p %y %s %T@ %m %u\n" }).output };
+}
+
+}
+
+TEST_F(UsersScript, IsMadeForTheHomeOfWhoeverRunsTheTool)
+{
+    EXPECT_EQ(script(), utf8(nsString(cleanupScript(u"/Users/ann"))));
+}
+
+TEST_F(UsersScript, AsksForTheHomeOnceAndAfreshEachTime)
+{
+    for (const std::string home : { "/Users/bob", "/Users/eve" }) {
+        const ReportedHome reported(home);
+
+        EXPECT_EQ(deleted()[10], "'" + home + "/Library/Logs/Quorlen'");
+        EXPECT_EQ(reported.timesAsked(), 1);
+    }
+}
+
+TEST_F(UsersScript, DeletesWhereThePlatformJoinsPaths)
+{
+    for (const std::string home :
+        { "/Users/ann", "/Users/ann/", "/", "/Users/o'neil", "/Users/a b", "/Users/ trailing ", "/Users/$(x)",
+            "/Users/back\\slash", "/Users/\"", "/Users/Zoë", "/Users/.hidden", "/Users/a.b/c" }) {
+        const ReportedHome reported(home);
+
+        EXPECT_EQ(deleted()[3],
+            shellQuotedPath([ns(home) stringByAppendingPathComponent:@"Library/Application Support/Quorlen"]));
+        EXPECT_EQ(deleted()[10], shellQuotedPath([ns(home) stringByAppendingPathComponent:@"Library/Logs/Quorlen"]));
+    }
+}
+
+TEST_F(UsersScript, QuotesAnyStringOfThePlatformsUnchanged)
+{
+    RandomText random(RandomText::Holding::NoHalves);
+    for (int count = 0; count < 500; ++count) {
+        const auto text = random.next();
+        ASSERT_EQ(utf16([controller.get() shellQuotedString:nsString(text)]), shellQuoted(text));
+        ASSERT_EQ(utf16([controller.get() appleScriptQuotedString:nsString(text)]), appleScriptQuoted(text));
+    }
+}
+
+TEST_F(UsersScript, WhereNothingIsInstalledDeletesNothingPrintsNoErrorAndSucceeds)
+{
+    const auto before = inventory();
+
+    const auto end = runAsSuperuser(script());
+
+    EXPECT_EQ(end.outcome, PrivilegedRun::Outcome::Succeeded);
+    EXPECT_EQ(end.code, 0);
+    EXPECT_EQ(end.error, "");
+    EXPECT_EQ(inventory(), before);
+}

@@ -1,0 +1,41 @@
+// The entry of every test program: a real application object, and an autorelease pool around each test.
+
+#import "platform/Cocoa.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace
+{
+
+class PoolPerTest : public testing::EmptyTestEventListener
+{
+    void OnTestStart(const testing::TestInfo &) override { _pool = [[NSAutoreleasePool alloc] init]; }
+    void OnTestEnd(const testing::TestInfo &) override { [_pool drain]; }
+    NSAutoreleasePool *_pool = nil;
+};
+
+[[noreturn]] void endWithReason(NSException *exception)
+{
+    std::fprintf(stderr, "uncaught %s: %s\n", [[exception name] UTF8String], [[exception reason] UTF8String]);
+    std::abort();
+}
+
+}
+
+int main(int argc, char **argv)
+{
+    @autoreleasepool {
+        testing::InitGoogleTest(&argc, argv);
+        // A C++ catch around Objective-C frames breaks on Debian's runtime; an exception nobody expected ends the
+        // program.
+        GTEST_FLAG_SET(catch_exceptions, false);
+        testing::UnitTest::GetInstance()->listeners().Append(new PoolPerTest);
+        [[NSApplication sharedApplication] finishLaunching];
+        // In the place of AppKit's, which asks in a panel that nobody here would answer.
+        NSSetUncaughtExceptionHandler(&endWithReason);
+        return RUN_ALL_TESTS();
+    }
+}
