@@ -1,0 +1,90 @@
+"""What the journeys have in common: the phrases of the tool, and the few steps that many stories share."""
+
+import io
+import zipfile
+
+from person import same
+
+LICENCE = "Library/Application Support/Quorlen/.licence"  # in the home
+
+DETECTED = "Quorlen 3 detected. 11 related item(s) found. License detected."
+DETECTED_WITHOUT_LICENCE = "Quorlen 3 detected. 11 related item(s) found."
+NOT_DETECTED = "Quorlen 3 was not detected."
+
+CONFIRM = "Remove Quorlen 3?"
+CONFIRM_OVERRIDE = "Run cleanup anyway?"
+REMOVED = "Quorlen 3 has been removed successfully."
+NOT_REMOVED = "Quorlen 3 removal did not complete."
+RESTORED = "License restored."
+NOT_RESTORED = "License was not restored."
+
+# The lines of the log that a step leaves, as `Tool.logged` takes them.
+STARTED = ["Starting Quorlen 3 removal..."]
+SAVED = ["License detected.", "License backup created: …/Desktop/Quorlen-License-Backup-….zip"]
+COMPLETED = ["Quorlen 3 removal completed."]
+NOTHING_FOUND = ["No Quorlen 3 files detected in the standard locations.",
+                 "Removal is disabled. Hold Shift to show Override Cleanup if Vendrel Support directs you to proceed."]
+ALL_FOUND = ["Detected 11 Quorlen 3 item(s)."]
+REFUSED = ["Removal encountered an error: …-128…"]
+
+# The two removal buttons, in the states that a person meets.
+CAN_REMOVE = {"Remove Quorlen 3": ("shown", "enabled"), "Override Cleanup": ("hidden", "enabled")}
+NOTHING_TO_REMOVE = {"Remove Quorlen 3": ("shown", "disabled"), "Override Cleanup": ("hidden", "enabled")}
+OVERRIDE_SHOWN = {"Remove Quorlen 3": ("hidden", "disabled"), "Override Cleanup": ("shown", "enabled")}
+DURING_A_RUN = {"Remove Quorlen 3": ("shown", "disabled"), "Override Cleanup": ("hidden", "disabled")}
+
+
+def remove(tool, then="Restart Later"):
+    """Removes the product and answers the completion alert."""
+    tool.press("Remove Quorlen 3")
+    tool.answer(CONFIRM, "Remove Quorlen 3")
+    tool.answer(REMOVED, then)
+
+
+def restore(tool, *path):
+    """Chooses an archive, by the names that lead to it from the home folder, and confirms the open panel."""
+    tool.press("Restore License")
+    tool.choose_file(*path)
+    tool.confirm_panel()
+
+
+def removal_log(mac, name):
+    """The text of a removal log on the Desktop."""
+    return mac.bytes_of(f"Desktop/{name}").decode("utf-8")
+
+
+def archived_licence(mac, name):
+    """The licence that a backup on the Desktop holds."""
+    with zipfile.ZipFile(io.BytesIO(mac.bytes_of(f"Desktop/{name}"))) as archive:
+        members = [member for member in archive.namelist() if member.split("/")[-1] == ".licence"]
+        same(len(members), 1, "licences in the backup")
+        return archive.read(members[0])
+
+
+def judge_gone(mac):
+    """Judges that nothing is left at any of the eleven locations."""
+    left = [path for path in mac.locations() if mac.exists(path)]
+    same(left, [], "what is left of the eleven locations")
+
+
+def judge_kept(mac):
+    """Judges that all eleven locations are there."""
+    missing = [path for path in mac.locations() if not mac.exists(path)]
+    same(missing, [], "what is missing of the eleven locations")
+
+
+def judge_clean(mac):
+    """Judges that the tool left nothing in its temporary folder."""
+    same(mac.temporary_folders(), [], "what the tool left in its temporary folder")
+
+
+def zip_of(*members):
+    """A zip archive in memory. A member is a name with its content, or a name, a content and a Unix mode."""
+    memory = io.BytesIO()
+    with zipfile.ZipFile(memory, "w") as archive:
+        for name, content, *mode in members:
+            entry = zipfile.ZipInfo(name, (2026, 1, 2, 3, 4, 6))
+            entry.create_system = 3  # Unix: the mode counts
+            entry.external_attr = (mode[0] if mode else 0o100644) << 16
+            archive.writestr(entry, content)
+    return memory.getvalue()

@@ -1,0 +1,33 @@
+"""The restart that a removal offers."""
+
+from person import PracticeMac, same, true
+from phrases import *
+
+
+def journey_restart_granted():
+    """Ann chooses "Restart Now": the tool ends at once, and a second later the Mac is told to restart."""
+    with PracticeMac() as mac, mac.open_tool() as tool:
+        remove(tool, then="Restart Now")
+        same(tool.ended(), 0, "the tool's exit status")
+        mac.awaits_call("shutdown")
+        same(mac.calls("shutdown"), [["-r", "now"]], "the Mac's orders to shut down")
+        judge_gone(mac)
+        log, = mac.removal_logs()
+        true(removal_log(mac, log).endswith(COMPLETED[0] + "\n"), "the log file ends before the restart")
+        judge_clean(mac)
+
+
+def journey_restart_refused():
+    """Rights for the restart are refused: the tool stays, says so in its log, and nothing restarts."""
+    with PracticeMac() as mac, mac.open_tool() as tool:
+        tool.press("Remove Quorlen 3")
+        tool.answer(CONFIRM, "Remove Quorlen 3")
+        tool.sees_alert(REMOVED)
+        mac.rights("refused")
+        tool.press("Restart Now")
+        tool.rests(NOT_DETECTED)
+        tool.has_buttons(NOTHING_TO_REMOVE)
+        tool.logged(*STARTED, *SAVED, *COMPLETED, "Restart request failed: …-128…", *NOTHING_FOUND)
+        same(mac.calls("shutdown"), [], "the Mac's orders to shut down")
+        tool.press("Cancel")
+        same(tool.ended(), 0, "the tool's exit status")

@@ -1,0 +1,73 @@
+"""The window as such: what it shows first, its support page, and its end."""
+
+from person import PracticeMac, like, same, true
+from phrases import *
+
+
+def journey_first_look():
+    """Ann opens the tool: the window says what it found and offers to remove it. The error output stays empty."""
+    with PracticeMac(locations="1,4,11") as mac, mac.open_tool() as tool:
+        same(tool.status(), "Quorlen 3 detected. 3 related item(s) found. License detected.", "the status line")
+        same(tool.log().splitlines()[1:], ["updated: 2026.06.14", "Ready.", "Detected 3 Quorlen 3 item(s).",
+                                           "License detected."], "the log after its first line")
+        true(like(tool.log().splitlines()[0], "version: …"), "the log's first line tells the version")
+        same(tool.buttons(), CAN_REMOVE, "the buttons")
+        for text in ("Quorlen 3 Removal Tool", "This tool removes Quorlen 3 and related support files from this Mac.",
+                     "?", "Restore License", "Cancel"):
+            true(text in tool.texts(tool.main_window()), f"the window shows {text!r}")
+        images = [v["image"] for v in tool.views(tool.main_window()) if v["class"] == "NSImageView"]
+        same(images, ["icon_removal_2024", "quorlen-typeface_1024"], "the images")
+        same(tool.said(), "", "the tool's error output")
+
+
+def journey_support_page():
+    """The "?" button opens the support page in the browser, and nothing else happens."""
+    with PracticeMac() as mac, mac.open_tool() as tool:
+        tool.press("?")
+        mac.awaits_call("xdg-open")
+        (address,), = mac.calls("xdg-open")
+        true(like(address, "https://…/tool_qr3_legacy_removal_tool"), f"the support page: {address}")
+        tool.rests(DETECTED)
+        tool.logged()
+
+
+def judge_ended_well(tool):
+    """Judges that the tool ended by itself with status 0, having removed the one monitor that it had installed."""
+    same(tool.ended(), 0, "the tool's exit status")
+    words = [line.split() for line in tool.witness.read_text().splitlines()]
+    same([word for word, _ in words], ["added", "removed"], "what became of the event monitor")
+    same(words[0][1], words[1][1], "the monitor that was removed")
+
+
+def journey_closing_the_window():
+    """Ann closes the idle window: the tool ends."""
+    with PracticeMac() as mac, mac.open_tool() as tool:
+        tool.close_window()
+        judge_ended_well(tool)
+        judge_kept(mac)
+        same((mac.desktop(), mac.calls()), ([], []), "traces")
+
+
+def journey_pressing_cancel():
+    """Ann presses "Cancel": the tool ends."""
+    with PracticeMac() as mac, mac.open_tool() as tool:
+        tool.press("Cancel")
+        judge_ended_well(tool)
+        judge_kept(mac)
+        same((mac.desktop(), mac.calls()), ([], []), "traces")
+
+
+def journey_closing_an_alert_confirms_nothing():
+    """Closing the question by its title bar is no yes, and the window can't be used behind it."""
+    with PracticeMac() as mac, mac.open_tool() as tool:
+        tool.press("Remove Quorlen 3")
+        tool.close_window(tool.sees_alert(CONFIRM))
+        tool.rests(DETECTED)
+        tool.logged()
+        tool.press("Remove Quorlen 3")
+        tool.sees_alert(CONFIRM)
+        tool.press_in_vain("Cancel")
+        tool.sees_alert(CONFIRM)
+        tool.press("Cancel")
+        tool.rests(DETECTED)
+        same((mac.desktop(), mac.calls()), ([], []), "traces")
