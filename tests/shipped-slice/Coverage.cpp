@@ -1,0 +1,52 @@
+// Records which functions of the slice a run enters: a breakpoint on the first instruction of each.
+#include "Slice.hpp"
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <ucontext.h>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+
+std::vector<std::uint8_t *> functions;
+std::vector<std::uint8_t> firstBytes;
+std::uint8_t *entered; // In the file.
+
+void handleBreakpoint(int, siginfo_t *, void *context)
+{
+    auto &next = static_cast<ucontext_t *>(context)->uc_mcontext.gregs[REG_RIP];
+    auto *function = reinterpret_cast<std::uint8_t *>(--next);
+    const auto index = std::ranges::lower_bound(functions, function) - functions.begin();
+    *function = firstBytes[index];
+    entered[index] = 1;
+}
+
+}
+
+void recordCoverage(const Image &image, const std::string &path)
+{
+    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (file < 0) {
+        return;
+    }
+    functions = image.functions;
+    void *bytes = ftruncate(file, static_cast<off_t>(functions.size())) == 0
+        ? mmap(nullptr, functions.size(), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0)
+        : MAP_FAILED;
+    if (bytes == MAP_FAILED) {
+        refuse("cannot write " + path);
+    }
+    entered = static_cast<std::uint8_t *>(bytes);
+    struct sigaction action = {};
+    action.sa_sigaction = handleBreakpoint;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGTRAP, &action, nullptr);
+    const auto code = image.section<std::uint8_t>("__text");
+    mprotect(image.header, &*code.end() - image.header, PROT_READ | PROT_WRITE | PROT_EXEC);
+    for (auto *function : functions) {
+        firstBytes.push_back(std::exchange(*function, 0xcc));
+    }
+}

@@ -1,0 +1,145 @@
+// Finds what the slice imports, or bridges it: GNUstep's classes and functions, Apple's runtime calls on top of GNU's
+// runtime (libobjc 4), the C++ libraries. The calls are those that Apple's <objc/message.h> and <objc/objc-exception.h>
+// and clang's "Objective-C Automatic Reference Counting" (runtime support) document.
+#include "Slice.hpp"
+
+#import "platform/Cocoa.h"
+
+#include <cxxabi.h>
+#include <dlfcn.h>
+#import <objc/message.h>
+#import <objc/objc-exception.h>
+#import <objc/runtime.h>
+#include <typeinfo>
+#include <unwind.h>
+#include <utility>
+
+extern "C" {
+extern const char sendMessage, sendMessageForStructure, sendSuper; // In Sends.S.
+
+/// Apple's reference names the class in which the message is written, GNU's that class's superclass.
+IMP lookUpSuperMethod(const objc_super *reference, SEL selector)
+{
+    objc_super super { reference->self, class_getSuperclass(reference->super_class) };
+    return objc_msg_lookup_super(&super, selector);
+}
+
+_Unwind_Reason_Code libraryPersonality(int, _Unwind_Action, _Unwind_Exception_Class, _Unwind_Exception *,
+    _Unwind_Context *) __asm__("__gxx_personality_v0");
+}
+
+namespace
+{
+
+// Exceptions. GNU's runtime throws an object right behind the unwinder's header, to libstdc++ an exception of a foreign
+// language. Told which object that is and of which class a handler is, libstdc++'s personality reads the slice's tables
+// for both languages, as Apple's does.
+
+thread_local _Unwind_Exception *current; // What a personality is asked about.
+
+bool isObject(const _Unwind_Exception *exception)
+{
+    return exception->exception_class == 0x474e55434f424a43; // "GNUCOBJC"
+}
+
+/// The exception type of a platform class.
+struct ObjectType : std::type_info {
+    explicit ObjectType(Class type) : std::type_info(class_getName(type)), caught(type) { }
+    bool __do_catch(const std::type_info *, void **, unsigned) const override
+    {
+        return isObject(current) && [*reinterpret_cast<id *>(current + 1) isKindOfClass:caught];
+    }
+    const Class caught;
+};
+
+auto personality(int version, _Unwind_Action actions, _Unwind_Exception_Class language, _Unwind_Exception *exception,
+    _Unwind_Context *context)
+{
+    current = exception;
+    return libraryPersonality(version, actions, language, exception, context);
+}
+
+void *beginCatch(_Unwind_Exception *exception)
+{
+    void *thrown = abi::__cxa_begin_catch(exception);
+    return isObject(exception) ? *reinterpret_cast<void **>(exception + 1) : thrown;
+}
+
+void setVariable(id self, std::ptrdiff_t offset, id value)
+{
+    [std::exchange(*reinterpret_cast<id *>(reinterpret_cast<char *>(self) + offset), value) release];
+}
+
+std::uintptr_t address(auto *thing)
+{
+    return reinterpret_cast<std::uintptr_t>(thing);
+}
+
+std::map<std::string_view, std::uintptr_t> makeBridges()
+{
+    return {
+        { "_objc_msgSend", address(&sendMessage) }, { "_objc_msgSend_stret", address(&sendMessageForStructure) },
+        { "_objc_msgSendSuper2", address(&sendSuper) },
+        { "_objc_alloc", address(+[](Class type) { return [type alloc]; }) },
+        { "_objc_retain", address(+[](id object) { return [object retain]; }) },
+        { "_objc_release", address(+[](id object) { [object release]; }) },
+        { "_objc_autorelease", address(+[](id object) { return [object autorelease]; }) },
+        { "_objc_autoreleasePoolPush", address(+[] { return [[NSAutoreleasePool alloc] init]; }) },
+        { "_objc_autoreleasePoolPop", address(+[](NSAutoreleasePool *pool) { [pool release]; }) },
+        { "_objc_setProperty_nonatomic",
+            address(+[](id self, SEL, id value, std::ptrdiff_t at) { setVariable(self, at, [value retain]); }) },
+        { "_objc_setProperty_nonatomic_copy",
+            address(+[](id self, SEL, id value, std::ptrdiff_t at) { setVariable(self, at, [value copy]); }) },
+        { "_objc_enumerationMutation", address(+[](id mutated) {
+             [NSException raise:NSGenericException format:@"%@ was mutated while being enumerated", mutated];
+         }) },
+        { "_objc_begin_catch", address(beginCatch) },
+        { "_objc_end_catch", address(dlsym(RTLD_DEFAULT, "__cxa_end_catch")) },
+        { "_objc_exception_throw", address(objc_exception_throw) },
+        { "_objc_exception_rethrow", address(dlsym(RTLD_DEFAULT, "__cxa_rethrow")) },
+        { "___objc_personality_v0", address(personality) },
+        { "_OBJC_EHTYPE_id", 0 },                            // A handler without a type catches all.
+        { "_OBJC_CLASS_$_NSTask", address([NSTask class]) }, // The name of ours, thanks to the platform's header.
+        { "__objc_empty_cache", 0 },                         // GNU's runtime keeps its own.
+        { "___CFConstantStringClassReference", address(objc_lookUpClass("NSConstantString")) },
+        { "___NSArray0__", address(new id([[NSArray alloc] init])) },
+        { "___NSDictionary0__", address(new id([[NSDictionary alloc] init])) },
+        { "___stack_chk_guard", address(new std::uintptr_t(0x2a6f0d51c4e97b00)) },
+        { "dyld_stub_binder", 0 }, // Nothing is left to be bound later.
+    };
+}
+
+// Functions and variables that are the same on both systems, down to the layout of what they take. A name alone proves
+// nothing: `stat` is another function on a Mac.
+constexpr std::array<std::string_view, 12> same { "_NSApp", "_NSApplicationMain", "_NSHomeDirectory",
+    "_NSTemporaryDirectory", "_NSSearchPathForDirectoriesInDomains", "__NSConcreteGlobalBlock",
+    "__NSConcreteStackBlock", "__Unwind_Resume", "___stack_chk_fail", "_memcpy", "_memmove", "_puts" };
+
+}
+
+std::uintptr_t addressOfImport(std::string_view name)
+{
+    static const auto bridges = makeBridges();
+    if (const auto bridge = bridges.find(name); bridge != bridges.end()) {
+        return bridge->second;
+    }
+    // "_OBJC_CLASS_$_NSString", or a plain name behind its underscore.
+    const auto mark = name.find("_$_");
+    const auto kind = name.substr(0, mark);
+    const std::string plain(name.substr(mark == name.npos ? 1 : mark + 3));
+    std::uintptr_t found = 0;
+    if (kind == "_OBJC_METACLASS") {
+        found = address(objc_getMetaClass(plain.c_str()));
+    } else if (const Class platformClass = objc_lookUpClass(plain.c_str())) {
+        found = kind == "_OBJC_EHTYPE" ? address(new ObjectType(platformClass)) : address(platformClass);
+    } else if (name.starts_with("__Z") || name.starts_with("___cxa_") || name.starts_with("___gxx_") ||
+        std::ranges::count(same, name)) {
+        // Of Debian's two C++ libraries the one that unwinds comes first; only the other has what is Apple's own.
+        static void *const secondLibrary = dlopen("libc++.so.1", RTLD_NOW);
+        found = address(dlsym(RTLD_DEFAULT, plain.c_str()) ?: dlsym(secondLibrary, plain.c_str()));
+    }
+    if (!found) {
+        refuse("the slice imports " + std::string(name) + ", which is not known");
+    }
+    return found;
+}

@@ -1,0 +1,38 @@
+// Message sends as Apple's runtime has them: a jump to the method, with the caller's registers and stack as they are.
+// GNU's runtime only looks methods up. Which registers hold arguments: System V x86-64 psABI, 3.2.3.
+
+// Defines a send that asks `lookup` for the method, with receiver (or super reference) and selector as its arguments.
+// `super` is the register of a super reference; the method gets the receiver, with which that begins, in its place.
+.macro SEND name, lookup, receiver, selector, super
+    .globl \name
+\name:
+    .irp register, rdi, rsi, rdx, rcx, r8, r9, rax
+    push %\register
+    .endr
+    sub $128, %rsp
+    .irp number, 0, 1, 2, 3, 4, 5, 6, 7
+    movaps %xmm\number, 16 * \number(%rsp)
+    .endr
+    mov \receiver, %rdi
+    mov \selector, %rsi
+    call \lookup@PLT
+    mov %rax, %r11
+    .irp number, 0, 1, 2, 3, 4, 5, 6, 7
+    movaps 16 * \number(%rsp), %xmm\number
+    .endr
+    add $128, %rsp
+    .irp register, rax, r9, r8, rcx, rdx, rsi, rdi
+    pop %\register
+    .endr
+    .ifnb \super
+    mov (\super), \super
+    .endif
+    jmp *%r11
+.endm
+
+    .text
+SEND sendMessage, objc_msg_lookup, %rdi, %rsi
+SEND sendMessageForStructure, objc_msg_lookup, %rsi, %rdx // The structure's address comes first.
+SEND sendSuper, lookUpSuperMethod, %rdi, %rsi, %rdi
+
+    .section .note.GNU-stack, "", @progbits

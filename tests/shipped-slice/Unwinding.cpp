@@ -1,0 +1,90 @@
+// Makes the slice's frames known to GCC's unwinder. Reads compact unwind information as Apple's
+// <mach-o/compact_unwind_encoding.h> documents it, and writes DWARF's: System V x86-64 psABI, 4.2.4; Linux Standard
+// Base, "Exception Frames".
+#include "Slice.hpp"
+
+void registerEntries(const void *entries) __asm__("__register_frame"); // libgcc
+
+namespace
+{
+
+/// A function's frame in DWARF's words: a common entry of its own and, behind it, the description entry.
+struct [[gnu::packed]] Frame {
+    // Version 1, "zPLR", code in steps of 1, data in steps of -8, return address in column 16; absolute pointers. The
+    // frame's address is rbp + 16, and right below it lie the return address and the caller's rbp.
+    std::uint32_t commonSize = 36, commonId = 0;
+    std::array<std::uint8_t, 11> common { 1, 'z', 'P', 'L', 'R', 0, 1, 0x78, 16, 11, 0 };
+    std::uint64_t personality = 0;
+    std::array<std::uint8_t, 13> rules { 0, 0, 0x0c, 6, 16, 0x80 | 16, 1, 0x80 | 6, 2 };
+
+    std::uint32_t size = 44, distanceToCommon = 44;
+    const std::uint8_t *function = nullptr;
+    std::uint64_t functionSize = 0;
+    std::uint8_t handlersSize = 8;
+    const std::uint8_t *handlers = nullptr;
+    std::array<std::uint8_t, 15> savedRegisters {};
+};
+
+void setRegisters(Frame &frame, std::uint32_t encoding)
+{
+    constexpr std::uint8_t columns[] { 0, 3, 12, 13, 14, 15, 0, 0 }; // Of none, rbx and r12 to r15.
+    auto *rule = frame.savedRegisters.data();
+    for (std::uint32_t i = 0, depth = encoding >> 16 & 0xff; i < 5; ++i) {
+        if (const auto column = columns[encoding >> 3 * i & 7]) {
+            *rule++ = 0x80 | column;
+            *rule++ = static_cast<std::uint8_t>(2 + depth - i);
+        }
+    }
+}
+
+}
+
+void registerFrames(const Image &image)
+{
+    const auto table = image.section<std::uint8_t>("__unwind_info");
+    const auto array = [&]<typename T>(std::size_t offset, T) { return reinterpret_cast<const T *>(&table[offset]); };
+    const auto words = [&](std::size_t offset) { return array(offset, std::uint32_t {}); };
+    const auto [version, commonOffset, commonCount, personalitiesOffset, personalityCount, pagesOffset, pageCount] =
+        *array(0, std::array<std::uint32_t, 7> {});
+    // Of each page: its first function, where its content is, where the handlers of its functions begin. The last page
+    // only says where the functions end.
+    const auto *pages = array(pagesOffset, std::array<std::uint32_t, 3> {});
+    // Of each function that has any: the function and its handlers.
+    const auto *handlers = array(pages[0][2], std::array<std::uint32_t, 2> {});
+
+    auto &frames = *new std::vector<Frame>; // The unwinder keeps them.
+    for (std::uint32_t p = 0; p + 1 < pageCount; ++p) {
+        const auto [page, content, firstHandlers] = pages[p];
+        const auto [kind, zero, entriesOffset, entryCount, encodingsOffset, encodingCount] =
+            *array(content, std::array<std::uint16_t, 6> {});
+        if (kind != 3) {
+            refuse("unwind information is not compressed");
+        }
+        // An entry: in the high byte the number of its encoding, below it the function's distance from the page's.
+        const auto *entries = words(content + entriesOffset);
+        for (std::uint32_t i = 0; i < entryCount; ++i) {
+            const auto number = entries[i] >> 24;
+            const auto encoding = number < commonCount ? words(commonOffset)[number]
+                                                       : words(content + encodingsOffset)[number - commonCount];
+            if ((encoding >> 24 & 0xf) != 1) {
+                refuse("a function keeps no frame pointer");
+            }
+            const auto function = page + (entries[i] & 0xffffff);
+            const auto end = i + 1 < entryCount ? page + (entries[i + 1] & 0xffffff) : pages[p + 1][0];
+            Frame &frame = frames.emplace_back();
+            frame.function = image.header + function;
+            frame.functionSize = end - function;
+            if (const auto personality = encoding >> 28 & 3) {
+                const auto *bound = image.header + words(personalitiesOffset)[personality - 1];
+                frame.personality = *reinterpret_cast<const std::uint64_t *>(bound);
+            }
+            if (encoding & 0x40000000) {
+                for (; (*handlers)[0] < function; ++handlers) { }
+                frame.handlers = image.header + (*handlers)[1];
+            }
+            setRegisters(frame, encoding);
+        }
+    }
+    frames.emplace_back().commonSize = 0; // The end.
+    registerEntries(frames.data());
+}

@@ -1,0 +1,20 @@
+"""Asks the controller of the shipped slice what no journey can: see Questions.mm."""
+
+import sys
+import unittest
+
+import slices
+
+sys.path.insert(0, str(slices.ROOT / "practice-mac"))
+import person
+
+
+class ControllerTest(unittest.TestCase):
+    def test_every_question_is_answered(self):
+        bundle = slices.BUILD / "tests/shipped-slice/Questions.bundle"
+        with person.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
+            mac.run(str(person.TOOL), "-GSAppKitUserBundles", f'("{bundle}")')
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,47 @@
+"""Compares pictures of the window that the shipped slice opens with those of the native build's, pixel by pixel."""
+
+import subprocess
+import sys
+import unittest
+
+import slices
+
+sys.path.insert(0, str(slices.ROOT / "practice-mac"))
+import person
+
+
+def pictures(mac, name, program):
+    """Opens a program, and returns the paths of two pictures of its window: as it is launched, and with Shift held."""
+    person.TOOL = program
+    with mac.open_tool() as tool:
+        launched = tool.picture(f"slice-{name}")
+        with tool.shift_held():
+            person.eventually(lambda: tool.shows("Override Cleanup"), "the override button is shown")
+            shifted = tool.picture(f"slice-{name}-shift")
+        tool.press("Cancel")
+        tool.ended()
+    return launched, shifted
+
+
+def differing_pixels(one, other):
+    compared = subprocess.run(["compare", "-metric", "AE", one, other, "null:"], stderr=subprocess.PIPE, text=True)
+    if compared.returncode > 1:
+        raise AssertionError(f"the pictures cannot be compared: {compared.stderr}")
+    return int(float(compared.stderr))
+
+
+class PictureTest(unittest.TestCase):
+    def test_the_launched_window_is_the_native_builds(self):
+        native, shipped = slices.BUILD / f"{slices.PRODUCT}.app" / slices.PRODUCT, person.TOOL
+        with person.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
+            native_pictures = pictures(mac, "native", native)
+            shipped_pictures = pictures(mac, "shipped", shipped)
+        differing = list(map(differing_pixels, native_pictures, shipped_pictures))
+        print("Pixels in which the shipped slice's window differs from the native build's: "
+              f"{differing[0]} as launched, {differing[1]} with Shift held.")
+        self.assertEqual([0, 0], differing)
+        self.assertGreater(differing_pixels(*shipped_pictures), 0, "a window that shows another button must differ")
+
+
+if __name__ == "__main__":
+    unittest.main()

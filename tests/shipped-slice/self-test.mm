@@ -1,0 +1,398 @@
+// A slice that tests what runs it: each construct that clang turns into runtime calls or metadata, once. Prints a line
+// for each fact; its exit status is the number of facts that don't hold.
+#import <Cocoa/Cocoa.h>
+
+#include <memory>
+
+extern "C" int puts(const char *);
+
+// What the product doesn't use, and its declarations of the platform therefore lack.
+
+@interface NSObject (SelfTest)
+- (Class)class;
+- (BOOL)isKindOfClass:(Class)kind;
+@end
+
+@interface NSArray (SelfTest)
+- (id)objectAtIndexedSubscript:(NSUInteger)index;
+- (void)enumerateObjectsUsingBlock:(void (^)(id object, NSUInteger index, BOOL *stop))block;
+- (void)makeObjectsPerformSelector:(SEL)selector;
+@end
+
+@interface NSDictionary (SelfTest)
+- (id)objectForKeyedSubscript:(id)key;
+@end
+
+@interface NSException (SelfTest)
++ (void)raise:(NSString *)name format:(NSString *)format, ...;
+- (NSString *)name;
+@end
+
+@interface NSMutableString : NSString
+- (void)appendString:(NSString *)text;
+- (void)setString:(NSString *)text;
+@end
+
+@interface NSValue : NSObject
++ (NSValue *)valueWithRect:(NSRect)rect;
+- (NSRect)rectValue;
+@end
+
+namespace
+{
+
+int failures;
+NSMutableString *story; // What happened, in order.
+
+void expect(bool holds, const char *fact)
+{
+    if (!holds) {
+        ++failures;
+        puts("This does not hold:");
+    }
+    puts(fact);
+}
+
+void tell(NSString *event)
+{
+    [story appendString:event ?: @""];
+}
+
+bool storyWas(NSString *expected)
+{
+    const bool same = [story isEqualToString:expected];
+    [story setString:@""];
+    return same;
+}
+
+struct Value {
+};
+
+/// Tells of its end.
+struct Guard {
+    NSString *event;
+    ~Guard() { tell(event); }
+};
+
+}
+
+@interface Ancestor : NSObject
+@end
+
+@implementation Ancestor
+
+- (NSString *)name
+{
+    return @"ancestor";
+}
+
++ (NSString *)kind
+{
+    return @"ancestors";
+}
+
+@end
+
+@interface Descendant : Ancestor {
+    BOOL _small;
+    std::shared_ptr<Value> _shared;
+    NSString *_text;
+}
+@property (nonatomic, copy) NSString *text;
+@property (nonatomic, strong) NSString *sameText;
+@end
+
+@implementation Descendant {
+    Guard _guard;
+}
+
+@synthesize text = _text;
+@synthesize sameText = _sameText;
+
+- (NSString *)name
+{
+    return [[super name] stringByAppendingString:@"'s descendant"];
+}
+
++ (NSString *)kind
+{
+    return [[super kind] stringByAppendingString:@"' descendants"];
+}
+
+- (void)share:(const std::shared_ptr<Value> &)shared
+{
+    _small = YES;
+    _shared = shared;
+    _guard.event = @"(variables destroyed)";
+}
+
+- (NSString *)overridden
+{
+    return @"class";
+}
+
+- (long)sum:(long)a
+       with:(double)b
+          c:(long)c
+          d:(double)d
+          e:(long)e
+          f:(double)f
+          g:(long)g
+          h:(double)h
+          i:(long)i
+          j:(double)j
+          k:(long)k
+          l:(double)l
+          m:(long)m
+          n:(double)n
+          o:(long)o
+          p:(double)p
+          q:(double)q
+{
+    return static_cast<long>(a + 2 * b + 3 * c + 4 * d + 5 * e + 6 * f + 7 * g + 8 * h + 9 * i + 10 * j + 11 * k +
+        12 * l + 13 * m + 14 * n + 15 * o + 16 * p + 17 * q);
+}
+
+- (NSRect)rectangleAt:(CGFloat)x
+{
+    return NSMakeRect(x, 2, 3, 4);
+}
+
+- (void)fail
+{
+    Guard guard { @"(method left)" };
+    [NSException raise:@"Failure" format:@"%@ number %d", @"failure", 7];
+}
+
+- (void)dealloc
+{
+    tell(@"(deallocated)");
+    [super dealloc];
+}
+
+@end
+
+@interface Descendant (Category)
+@end
+
+@implementation Descendant (Category)
+
+- (NSString *)overridden
+{
+    return @"category";
+}
+
+@end
+
+@interface NSString (SelfTest)
+- (NSString *)twice;
++ (NSString *)nothing;
+@end
+
+@implementation NSString (SelfTest)
+
+- (NSString *)twice
+{
+    return [self stringByAppendingString:self];
+}
+
++ (NSString *)nothing
+{
+    return @"";
+}
+
+@end
+
+namespace
+{
+
+void testClasses()
+{
+    Descendant *object = [[Descendant alloc] init];
+    expect([[object name] isEqualToString:@"ancestor's descendant"], "an instance method sends to super");
+    expect([[Descendant kind] isEqualToString:@"ancestors' descendants"], "a class method sends to super");
+    expect([[object overridden] isEqualToString:@"category"], "a category overrides its class");
+    expect([[@"ab" twice] isEqualToString:@"abab"], "a category adds to a class of the platform");
+    expect([[[NSString nothing] twice] length] == 0, "a category adds a class method");
+
+    const auto shared = std::make_shared<Value>();
+    [object share:shared];
+    expect(shared.use_count() == 2, "a C++ variable of an object takes a value");
+    NSString *text = [NSString stringWithFormat:@"%d %@ %.1f", 7, @"text", 2.5];
+    [object setText:text];
+    [object setSameText:text];
+    expect([[object text] isEqualToString:@"7 text 2.5"] && [object sameText] == text, "properties keep and copy");
+    [object setText:nil];
+    [story setString:@""];
+    [object setSameText:nil];
+    [object release];
+    expect(
+        shared.use_count() == 1 && storyWas(@"(deallocated)(variables destroyed)"), "C++ variables are destroyed last");
+
+    @autoreleasepool {
+        [[[Descendant alloc] init] autorelease];
+        [story setString:@""];
+    }
+    expect(storyWas(@"(deallocated)"), "a pool lets go");
+}
+
+void testMessages()
+{
+    Descendant *object = [[[Descendant alloc] init] autorelease];
+    // The weights differ, so that no two arguments may change places.
+    expect([object sum:1 with:1 c:2 d:3 e:5 f:8 g:13 h:21 i:34 j:55 k:89 l:144 m:233 n:377 o:610 p:987 q:1597] == 64314,
+        "a message has 17 arguments");
+    const NSRect own = [object rectangleAt:1];
+    expect(own.origin.x == 1 && own.origin.y == 2 && own.size.width == 3 && own.size.height == 4,
+        "a method returns a structure");
+    const NSRect platforms = [[NSValue valueWithRect:own] rectValue];
+    expect(platforms.origin.x == 1 && platforms.size.height == 4,
+        "a method of the platform takes and returns a structure");
+    Descendant *nobody = nil;
+    expect([nobody name] == nil && ![nobody isKindOfClass:[object class]], "a message to nil gives nothing");
+}
+
+void testCollections()
+{
+    NSArray<NSString *> *array = @[ @"a", @"b", @"c" ];
+    expect([array count] == 3 && [array[2] isEqualToString:@"c"] && [@[] count] == 0, "array literals");
+    NSDictionary *dictionary = @ { @"k" : @"v", @"l" : @"w" };
+    expect([dictionary[@"l"] isEqualToString:@"w"] && (@ {})[@"k"] == nil, "dictionary literals");
+
+    for (NSString *text in array) {
+        tell(text);
+    }
+    expect(storyWas(@"abc"), "a loop visits the elements in order");
+
+    NSMutableArray *changing = [NSMutableArray array];
+    [changing addObject:@"a"];
+    [changing addObject:@"b"];
+    @try {
+        for (NSString *text in changing) {
+            tell(text);
+            [changing addObject:text];
+        }
+    } @catch (NSException *exception) {
+        tell(@"!");
+    }
+    expect(storyWas(@"a!"), "a change during the loop raises");
+
+    @try {
+        NSString *missing = nil;
+        expect([@[ @"a", missing ] count] == 0, "unreachable");
+    } @catch (NSException *exception) {
+        tell([exception name]);
+    }
+    expect(storyWas(@"NSInvalidArgumentException"), "nil in an array literal raises");
+}
+
+void testBlocks()
+{
+    auto shared = std::make_shared<Value>();
+    const std::weak_ptr<Value> weak = shared;
+    void (^const ask)(id, NSUInteger, BOOL *) = ^(id object, NSUInteger index, BOOL *stop) {
+        tell(weak.lock() ? object : @"gone");
+        *stop = index == 1;
+    };
+    [@[ @"a", @"b", @"c" ] enumerateObjectsUsingBlock:ask];
+    shared.reset();
+    [@[ @"a" ] enumerateObjectsUsingBlock:ask];
+    expect(storyWas(@"abgone"), "a block asks a weak pointer whenever the platform calls it");
+
+    shared = std::make_shared<Value>();
+    id monitor = nil;
+    @autoreleasepool {
+        const auto kept = shared;
+        monitor =
+            [[NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown
+                                                   handler:^(NSEvent *event) { return kept ? event : nil; }] retain];
+    }
+    expect(shared.use_count() == 2, "the platform's copy of a block holds what the block captured");
+    [NSEvent removeMonitor:monitor];
+    expect(shared.use_count() == 1, "and lets it go");
+    [monitor release];
+}
+
+/// What passes through frames of the slice, of GNUstep and of the slice again.
+void passThroughPlatform(void (*raise)())
+{
+    Guard outer { @"(outer)" };
+    @try {
+        Guard inner { @"(inner)" };
+        [@[ @"x" ] enumerateObjectsUsingBlock:^(id, NSUInteger, BOOL *) {
+            Guard innermost { @"(block)" };
+            raise();
+        }];
+        tell(@"unreachable");
+    } @finally {
+        tell(@"(finally)");
+    }
+}
+
+void testExceptions()
+{
+    @try {
+        passThroughPlatform([] { [NSException raise:@"Name" format:@"reason %d", 7]; });
+    } @catch (NSException *exception) {
+        tell([exception reason]);
+    }
+    expect(storyWas(@"(block)(inner)(finally)(outer)reason 7"), "an exception passes slice, GNUstep and slice");
+
+    Descendant *object = [[[Descendant alloc] init] autorelease];
+    @try {
+        @try {
+            [@[ object ] makeObjectsPerformSelector:@selector(fail)];
+        } @catch (NSException *exception) {
+            tell([exception name]);
+            @throw;
+        }
+    } @catch (NSException *exception) {
+        tell(@"again");
+    }
+    expect(storyWas(@"(method left)Failureagain"), "an exception is thrown again");
+
+    @try {
+        @try {
+            passThroughPlatform([] { @throw @"text"; });
+        } @catch (NSException *exception) {
+            tell(@"wrong");
+        }
+    } @catch (id text) {
+        tell(text);
+    }
+    expect(storyWas(@"(block)(inner)(finally)(outer)text"), "an object of another type passes its handlers by");
+
+    @try {
+        @throw [[[Ancestor alloc] init] autorelease];
+    } @catch (id thrown) {
+        tell([thrown name]);
+    }
+    expect(storyWas(@"ancestor"), "a handler without a type catches every object");
+
+    try {
+        @try {
+            passThroughPlatform([] { throw 7; });
+        } @catch (NSException *exception) {
+            tell(@"wrong");
+        }
+    } catch (int number) {
+        tell(number == 7 ? @"seven" : @"wrong");
+    }
+    expect(storyWas(@"(block)(inner)(finally)(outer)seven"), "a C++ exception passes the handlers of objects by");
+}
+
+}
+
+int main(int argc, const char *argv[])
+{
+    @autoreleasepool {
+        story = [[NSMutableString alloc] init];
+        expect(argc == 2 && argv[1][0] == '-', "main gets the arguments");
+        testClasses();
+        testMessages();
+        testCollections();
+        testBlocks();
+        testExceptions();
+    }
+    return failures;
+}

@@ -1,0 +1,87 @@
+"""What the tests of the shipped slice share: where it is, how it is made to start here, and how it was built."""
+
+import json
+import os
+import pathlib
+import shlex
+import shutil
+import subprocess
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PRODUCT = "Quorlen 3 Removal Tool"
+BUILD = pathlib.Path(os.environ["QUORLEN_BUILD"])
+PACKAGE = pathlib.Path(os.environ["PACKAGES"]) / "one"  # The tree that the app was packaged from.
+CROSS_BUILD = PACKAGE / "build/macos"
+APP = CROSS_BUILD / f"{PRODUCT}.app"
+EXECUTABLE = APP / "Contents/MacOS" / PRODUCT
+LLVM = pathlib.Path(f"/usr/lib/llvm-{(ROOT / 'script/llvm-version').read_text().strip()}/bin")
+FOLDER = BUILD / "shipped-slice"
+
+
+def wrapper(name, executable, coverage=None):
+    """Makes an application of GNUstep's kind that runs an executable's slice with the shipped resources, and returns
+    the program to start. `coverage`: the file that gets the functions entered."""
+    application = FOLDER / name / f"{PRODUCT}.app"
+    shutil.rmtree(application.parent, ignore_errors=True)
+    resources = application / "Resources"
+    resources.mkdir(parents=True)
+    for file in (APP / "Contents/Resources").iterdir():
+        (resources / file.name).symlink_to(file)
+    subprocess.run([ROOT / "platform/gnustep/make-info", APP / "Contents/Info.plist", resources / "Info-gnustep.plist"],
+                   check=True)  # As for the native build: GNUstep would take the Mac's icon file for its title bars.
+    (application / "Slice").symlink_to(executable)
+    if coverage:
+        (application / "Coverage").symlink_to(coverage)
+    program = application / PRODUCT  # GNUstep asks the system for the program's own path: a link would lead it away.
+    shutil.copy(BUILD / "tests/shipped-slice/slice-loader", program)
+    return program
+
+
+def compile_for_intel(source, output, *options, like=None, replacing=()):
+    """Compiles a source for Intel alone, as the package's build compiles it, or (`like`) another one, and with these
+    options more. `replacing`: pairs of folders, of which the second takes the first one's place in the command."""
+    commands = json.loads((CROSS_BUILD / "compile_commands.json").read_text())
+    model = str(PACKAGE / (like or source))
+    command, = (shlex.split(c["command"]) for c in commands if c["file"] == model)
+    for old, new in replacing:
+        command = [word.replace(str(old), str(new)) for word in command]
+    command[command.index("-o") + 1] = str(output)
+    command[-1] = str(PACKAGE / source)
+    run_for_intel(command, options)
+
+
+def link_command():
+    """Returns the words of the command that linked the executable for the package."""
+    return shlex.split((CROSS_BUILD / "app/CMakeFiles/tool.dir/link.txt").read_text())
+
+
+def objects():
+    """Returns the object files that the executable was linked from."""
+    return [(CROSS_BUILD / "app" / word).resolve() for word in link_command() if word.endswith(".o")]
+
+
+def link_for_intel(output, *options, objects, stripped=True):
+    """Links object files as the package's build links its own, with these options more, for Intel alone."""
+    command = [word for word in link_command() if not word.endswith(".o")]
+    if not stripped:
+        for option in ("-x", "-S"):
+            place = command.index(option)
+            del command[place - 1:place + 1]  # With the -Xlinker before it.
+    command[command.index("-o") + 1] = str(output)
+    run_for_intel(command, [*map(str, objects), *options])
+
+
+def run_for_intel(command, options):
+    arm = command.index("arm64")
+    subprocess.run([*command[:arm - 1], *command[arm + 1:], *options], cwd=CROSS_BUILD / "app", check=True)
+
+
+def llvm(tool, *arguments, text=None):
+    """Gives one of LLVM's tools a text to read, and returns what it writes."""
+    return subprocess.run([LLVM / tool, *arguments], input=text, stdout=subprocess.PIPE, check=True, text=True).stdout
+
+
+def said_by(program, *arguments):
+    """Runs a program and returns its exit status (negative: the signal that ended it) and what it wrote."""
+    done = subprocess.run([program, *arguments], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
+    return done.returncode, done.stdout.decode(errors="replace")
