@@ -1,0 +1,192 @@
+"""The bundle and the zip around it: which files, what is in them, their seal, and the same bytes each time."""
+
+import hashlib
+import pathlib
+import plistlib
+import re
+import shutil
+import struct
+import tempfile
+import time
+import unittest
+import zipfile
+
+from support import APP, BUILDS, PACKAGES, PRODUCT, ROOT, FactTest
+
+PICTURES = {"icon_removal_2024": (104, 104), "icon_2024": (104, 104), "quorlen-typeface_1024": (330, 52)}
+ICON = "Resources/QuorlenRemovalTool.icns"
+FILES = {
+    "Info.plist", "PkgInfo", f"MacOS/{PRODUCT}", "_CodeSignature/CodeResources", ICON,
+    *(f"Resources/{name}{suffix}.png" for name in PICTURES for suffix in ("", "@2x")),
+}
+
+
+def package(build):
+    """Returns the one zip of a build folder."""
+    path, = build.glob("*.zip")
+    return path
+
+
+def contents(app):
+    """Returns the files of a bundle: path below Contents -> bytes."""
+    folder = pathlib.Path(app, "Contents")
+    return {path.relative_to(folder).as_posix(): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
+
+
+class BundleTest(FactTest):
+    def setUp(self):
+        self.files = contents(APP)
+
+    def with_file(self, name, data):
+        """Returns the bundle's files with one replaced or added."""
+        return self.files | {name: data}
+
+    def test_files(self):
+        def fact(files):
+            self.assertEqual(set(files), FILES)
+            self.assertEqual(files["PkgInfo"], b"APPL????")
+
+        self.holds(fact, self.files,
+                   self.with_file("Resources/.DS_Store", b""),
+                   self.with_file("PkgInfo", b"APPL"),
+                   {name: data for name, data in self.files.items() if name != ICON})
+
+    def test_information(self):
+        """Keys and types of Info.plist; the version is the project's."""
+        version = re.search(r"^project\(.*VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
+        expected = {
+            "CFBundleDevelopmentRegion": "en",
+            "CFBundleExecutable": PRODUCT,
+            "CFBundleIconFile": "QuorlenRemovalTool",
+            "CFBundleIdentifier": "com.vendrel.Quorlen3RemovalTool",
+            "CFBundleInfoDictionaryVersion": "6.0",
+            "CFBundleName": PRODUCT,
+            "CFBundlePackageType": "APPL",
+            "CFBundleShortVersionString": version,
+            "CFBundleVersion": version,
+            "LSApplicationCategoryType": "public.app-category.utilities",
+            "LSMinimumSystemVersion": "10.13",
+            "LSMinimumSystemVersionByArchitecture": {"x86_64": "10.13", "arm64": "11.0"},
+            "NSHighResolutionCapable": True,
+            "NSPrincipalClass": "NSApplication",
+        }
+
+        def fact(files):
+            info = plistlib.loads(files["Info.plist"])
+            self.assertEqual({key: info.get(key) for key in expected}, expected)
+            self.assertIs(info["NSHighResolutionCapable"], True)
+            self.assertRegex(info["NSHumanReadableCopyright"], r"^Copyright © \d{4} Vendrel")
+            self.assertIn(f"Resources/{info['CFBundleIconFile']}.icns", files)
+            # A file of the interface's would be loaded at start; the window is built in code.
+            self.assertFalse({"NSMainNibFile", "NSMainStoryboardFile"} & set(info))
+
+        plist = self.files["Info.plist"]
+        self.holds(fact, self.files,
+                   self.with_file("Info.plist", plist.replace(b"<true/>", b"<string>YES</string>")),
+                   self.with_file("Info.plist", plist.replace(b"11.0", b"10.13")),
+                   self.with_file("Info.plist", plist.replace(version.encode(), b"0.9")))
+
+    def test_pictures(self):
+        """PNG files of the views' sizes, and an icon file with an entry for each size that macOS asks for."""
+        def fact(files):
+            for name, (width, height) in PICTURES.items():
+                for suffix, factor in (("", 1), ("@2x", 2)):
+                    png = files[f"Resources/{name}{suffix}.png"]
+                    self.assertEqual(png[:8], b"\x89PNG\r\n\x1a\n")
+                    self.assertEqual(struct.unpack_from(">2I", png, 16), (width * factor, height * factor))
+                    self.assertEqual(png[-8:-4], b"IEND")
+            icon, at, kinds = files[ICON], 8, set()
+            self.assertEqual(struct.unpack_from(">4sI", icon), (b"icns", len(icon)))
+            while at < len(icon):
+                kind, length = struct.unpack_from(">4sI", icon, at)
+                kinds.add(kind.decode())
+                at += length
+            self.assertEqual(at, len(icon))
+            self.assertLessEqual({"ic07", "ic08", "ic09", "ic10", "ic11", "ic12", "ic13", "ic14"}, kinds)
+
+        png, icon = self.files["Resources/icon_2024.png"], self.files[ICON]
+        self.holds(fact, self.files,
+                   self.with_file("Resources/icon_2024@2x.png", png),
+                   self.with_file("Resources/icon_2024.png", png[:-20]),
+                   self.with_file(ICON, icon[:-1]),
+                   self.with_file(ICON, icon.replace(b"ic13", b"ic99")))
+
+    def test_sealed_resources(self):
+        """CodeResources has the right hashes of all that isn't sealed otherwise, and of nothing else."""
+        def fact(files):
+            seal = plistlib.loads(files["_CodeSignature/CodeResources"])
+            sealed = {name: data for name, data in files.items() if name.startswith("Resources/")}
+            self.assertEqual(seal["files"], {name: hashlib.sha1(data).digest() for name, data in sealed.items()})
+            self.assertEqual(seal["files2"],
+                             {name: {"hash2": hashlib.sha256(data).digest()} for name, data in sealed.items()})
+            # Everything is covered but what the rules leave to the code directory.
+            left_out = {name for name, rule in seal["rules2"].items() if isinstance(rule, dict) and rule.get("omit")}
+            self.assertEqual(left_out, {r"^Info\.plist$", r"^PkgInfo$", r"^(.*/)?\.DS_Store$",
+                                        r"^Resources/.*\.lproj/locversion.plist$"})
+            self.assertIs(seal["rules2"]["^.*"], True)
+
+        picture = "Resources/icon_2024.png"
+        self.holds(fact, self.files,
+                   self.with_file(picture, self.files[picture] + b"\0"),
+                   self.with_file("Resources/more.txt", b""),
+                   {name: data for name, data in self.files.items() if name != picture})
+
+    def test_zip(self):
+        """The zip holds the bundle with its run bits, in sorted order, at the commit's time, and nothing else."""
+        epoch = int((PACKAGES / "epoch").read_text())
+        moment = time.gmtime((epoch + 1) // 2 * 2)[:6]  # the format counts in steps of two seconds; zip rounds up
+
+        def fact(path):
+            with zipfile.ZipFile(path) as archive:
+                self.assertIsNone(archive.testzip())
+                entries = archive.infolist()
+                self.assertEqual([entry.filename for entry in entries], sorted(entry.filename for entry in entries))
+                inside = f"{PRODUCT}.app/Contents/"
+                files = {entry.filename: archive.read(entry) for entry in entries if not entry.is_dir()}
+                self.assertEqual(files, {inside + name: data for name, data in self.files.items()})
+                for entry in entries:
+                    self.assertEqual(entry.date_time, moment)
+                    self.assertEqual(entry.extra, b"")
+                    runs = entry.is_dir() or entry.filename == f"{inside}MacOS/{PRODUCT}"
+                    self.assertEqual(entry.external_attr >> 16 & 0o777, 0o755 if runs else 0o644, entry.filename)
+
+        def changed(folder, change):
+            """Writes the zip again, each entry changed."""
+            path = pathlib.Path(folder, f"{len(list(pathlib.Path(folder).iterdir()))}.zip")
+            with zipfile.ZipFile(package(BUILDS[0])) as old, zipfile.ZipFile(path, "w") as new:
+                for entry in old.infolist():
+                    data = old.read(entry)
+                    change(entry)
+                    new.writestr(entry, data)
+            return path
+
+        def without_run_bit(entry):
+            entry.external_attr &= ~(0o111 << 16)
+
+        def at_another_time(entry):
+            entry.date_time = (2020, 1, 1, 0, 0, 0)
+
+        with tempfile.TemporaryDirectory() as folder:
+            self.holds(fact, package(BUILDS[0]), changed(folder, without_run_bit), changed(folder, at_another_time))
+
+    def test_same_bytes_in_any_folder(self):
+        def fact(builds):
+            one, other = builds
+            self.assertEqual(contents(one / f"{PRODUCT}.app"), contents(other / f"{PRODUCT}.app"))
+            self.assertEqual(package(one).name, package(other).name)
+            self.assertEqual(package(one).read_bytes(), package(other).read_bytes())
+            # Nothing of the folder is in it either.
+            for data in contents(one / f"{PRODUCT}.app").values():
+                self.assertNotIn(str(PACKAGES).encode(), data)
+
+        with tempfile.TemporaryDirectory() as folder:
+            touched = pathlib.Path(folder, "touched")
+            shutil.copytree(APP, touched / APP.name)
+            shutil.copy(package(BUILDS[1]), touched)
+            with open(touched / APP.name / "Contents" / "PkgInfo", "ab") as file:
+                file.write(b"\n")
+            self.holds(fact, BUILDS, (BUILDS[0], touched))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,190 @@
+"""The declarations of the platform's interface, compared with what is known of it.
+
+interface-facts.txt lists every method with the type encoding that the platform's runtime has for it; InterfaceFacts.mm,
+which each build of the app compiles, asserts the rest. clang's own library reads the declarations.
+"""
+
+import ctypes
+import json
+import pathlib
+import re
+import shlex
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+import macho
+from support import BUILDS, EXECUTABLE, LLVM, FactTest
+
+COPY = BUILDS[0].parents[1]
+INTERFACE = COPY / "platform" / "macos" / "interface"
+FACTS = pathlib.Path(__file__).with_name("interface-facts.txt")
+FACTS_FOR_THE_COMPILER = pathlib.Path(__file__).with_name("InterfaceFacts.mm")
+BOOL = {"x86_64": "c", "arm64": "B"}
+
+# What the compiler turns into calls of the runtime's functions, and what it wants declared for an empty literal.
+WITHOUT_MESSAGE = {"+[NSObject alloc]", "-[NSObject retain]", "-[NSObject release]", "-[NSObject autorelease]",
+                   "+[NSDictionary dictionaryWithObjects:forKeys:count:]"}
+
+
+def options(architecture, interface):
+    """Returns the options that the build gave the compiler, but for one architecture and with this interface."""
+    commands = json.loads((BUILDS[0] / "compile_commands.json").read_text())
+    command, = [command["command"] for command in commands if command["file"].endswith(FACTS_FOR_THE_COMPILER.name)]
+    words = shlex.split(command.replace("-arch x86_64 -arch arm64", f"-arch {architecture}"))
+    words = [str(interface) if word == str(INTERFACE) else word for word in words]
+    # Without the compiler in front and, behind, what is compiled to where.
+    return [*words[1:words.index("-o")], "-resource-dir", str(next((LLVM / "lib" / "clang").iterdir()))]
+
+
+class String(ctypes.Structure):
+    _fields_ = [("data", ctypes.c_void_p), ("flags", ctypes.c_uint)]
+
+
+class Cursor(ctypes.Structure):
+    _fields_ = [("kind", ctypes.c_int), ("data", ctypes.c_int), ("pointers", ctypes.c_void_p * 3)]
+
+
+VISITOR = ctypes.CFUNCTYPE(ctypes.c_int, Cursor, Cursor, ctypes.c_void_p)
+CLASS, CATEGORY, PROTOCOL, METHOD, CLASS_METHOD = 11, 12, 13, 16, 17  # CXCursorKind
+CONTINUE, RECURSE = 1, 2  # CXChildVisitResult
+
+
+class Library:
+    """The few calls of clang's library <clang-c/Index.h> that reading declarations takes."""
+
+    def __init__(self):
+        self.library = ctypes.CDLL(str(next((LLVM / "lib").glob("libclang-*.so.1"))))
+        self.declare("createIndex", ctypes.c_void_p, ctypes.c_int, ctypes.c_int)
+        self.declare("parseTranslationUnit", ctypes.c_void_p, ctypes.c_void_p, ctypes.c_char_p,
+                     ctypes.POINTER(ctypes.c_char_p), ctypes.c_int, ctypes.c_void_p, ctypes.c_uint, ctypes.c_uint)
+        self.declare("getTranslationUnitCursor", Cursor, ctypes.c_void_p)
+        self.declare("visitChildren", ctypes.c_uint, Cursor, VISITOR, ctypes.c_void_p)
+        self.declare("getNumDiagnostics", ctypes.c_uint, ctypes.c_void_p)
+        self.declare("getCursorUSR", String, Cursor)
+        self.declare("getDeclObjCTypeEncoding", String, Cursor)
+        self.declare("getCString", ctypes.c_char_p, String)
+        self.declare("disposeString", None, String)
+        self.index = self.call("createIndex", 0, 1)
+
+    def declare(self, name, result, *arguments):
+        function = getattr(self.library, f"clang_{name}")
+        function.restype, function.argtypes = result, arguments
+
+    def call(self, name, *arguments):
+        return getattr(self.library, f"clang_{name}")(*arguments)
+
+    def text(self, name, cursor):
+        string = self.call(name, cursor)
+        text = self.call("getCString", string).decode()
+        self.call("disposeString", string)
+        return text
+
+    def methods(self, architecture, interface):
+        """Returns the methods that the interface declares: name -> type encoding."""
+        arguments = [option.encode() for option in [*options(architecture, interface), "-x", "objective-c++-header"]]
+        unit = self.call("parseTranslationUnit", self.index, bytes(interface / "Cocoa" / "Cocoa.h"),
+                         (ctypes.c_char_p * len(arguments))(*arguments), len(arguments), None, 0, 0)
+        assert self.call("getNumDiagnostics", unit) == 0, "the interface doesn't compile cleanly"
+        found = {}
+
+        def visit(cursor, _, __):
+            if cursor.kind in (METHOD, CLASS_METHOD):
+                # The name across units has a category's class too: c:objc(cy)NSTask@NSDeprecated(im)launch
+                owner, mark, selector = re.fullmatch(r"c:objc\(\w\w\)(\w+)(?:@\w+)?\(([ic])m\)(.+)",
+                                                     self.text("getCursorUSR", cursor)).groups()
+                name = f"{'-' if mark == 'i' else '+'}[{owner} {selector}]"
+                found[name] = self.text("getDeclObjCTypeEncoding", cursor)
+            return RECURSE if cursor.kind in (CLASS, PROTOCOL, CATEGORY) else CONTINUE
+
+        self.call("visitChildren", self.call("getTranslationUnitCursor", unit), VISITOR(visit), None)
+        return found
+
+
+def known(architecture):
+    """Returns the facts for one architecture: method -> type encoding."""
+    found = {}
+    for line in FACTS.read_text().splitlines():
+        if line and not line.startswith("#"):
+            name, encoding = re.fullmatch(r"([+-]\[\w+ \S+\])\s+(\S+)", line).groups()
+            found[name] = encoding.replace("BOOL", BOOL[architecture])
+    return found
+
+
+class InterfaceTest(FactTest):
+    def changed(self, file, old, new):
+        """Returns a copy of the interface in which a declaration of one file reads otherwise."""
+        copy = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, copy)
+        shutil.copytree(INTERFACE, copy, dirs_exist_ok=True)
+        text = (copy / file).read_text()
+        self.assertIn(old, text)
+        (copy / file).write_text(text.replace(old, new))
+        return copy
+
+    @staticmethod
+    def compiled(architecture, interface, source):
+        """Returns what the compiler says of a source file against this interface: nothing when all is well."""
+        done = subprocess.run([LLVM / "bin" / "clang++", *options(architecture, interface), "-fsyntax-only", source],
+                              stderr=subprocess.PIPE)
+        return done.stderr.decode()
+
+    def test_every_method_has_the_platform_s_types(self):
+        library = Library()
+
+        def fact(interface):
+            for architecture in BOOL:
+                self.assertEqual(library.methods(architecture, interface), known(architecture))
+
+        self.holds(fact, INTERFACE,
+                   self.changed("Foundation/NSGeometry.h", "typedef double CGFloat", "typedef float CGFloat"),
+                   self.changed("Foundation/NSFileManager.h", "- (BOOL)fileExists", "- (bool)fileExists"),
+                   self.changed("AppKit/NSAlert.h", "- (NSModalResponse)runModal;", ""),
+                   self.changed("AppKit/NSEvent.h", "(unsigned long long, NSEventMask)", "(unsigned, NSEventMask)"))
+
+    def test_constants_and_structures(self):
+        """What the build asserts is asserted: a wrong value doesn't compile."""
+        def fact(interface):
+            for architecture in BOOL:
+                self.assertEqual(self.compiled(architecture, interface, FACTS_FOR_THE_COMPILER), "")
+
+        self.holds(fact, INTERFACE,
+                   self.changed("AppKit/NSEvent.h", "1 << 17", "1 << 16"),
+                   self.changed("AppKit/NSButtonCell.h", "Circular = 7", "Circular = 8"),
+                   self.changed("Foundation/NSPathUtilities.h", "= 12", "= 13"),
+                   self.changed("Foundation/NSRange.h", "    NSUInteger length", "    unsigned length"),
+                   self.changed("objc/objc.h", "__OBJC_BOOL_IS_BOOL", "1"))
+
+    def test_nothing_newer_than_the_lowest_system(self):
+        """A call that macOS 10.13 lacks is an error, once its declaration says so."""
+        def fact(interface):
+            self.assertEqual(self.compiled("x86_64", interface, COPY / "ui" / "ModalAlert.mm"), "")
+
+        self.holds(fact, INTERFACE,
+                   self.changed("AppKit/NSAlert.h", "(NSModalResponse)runModal;",
+                                "(NSModalResponse)runModal API_AVAILABLE(macos(10.14));"))
+
+    def test_nothing_that_the_app_does_not_use(self):
+        """Each method's name is in the app; of a property, its getter's or its setter's."""
+        sent = set()
+        for part in macho.slices(EXECUTABLE.read_bytes()).values():
+            sent |= set(part.texts("__TEXT,__objc_methname"))
+
+        def subject(selector):
+            """Returns what a getter and its setter have in common; all of any other selector but its last colon."""
+            return re.sub(r"^(set|is)(?=[A-Z])", "", selector.removesuffix(":")).lower()
+
+        subjects = {subject(selector) for selector in sent}
+
+        def fact(methods):
+            declared = {method: method[:-1].partition(" ")[2] for method in methods - WITHOUT_MESSAGE}
+            unused = [method for method, selector in declared.items() if subject(selector) not in subjects]
+            self.assertEqual(unused, [])
+
+        methods = set(known("arm64"))
+        self.holds(fact, methods, methods | {"-[NSWindow setAlphaValue:]"})
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,103 @@
+"""The tools that make the package: what they do again, and what they refuse."""
+
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+from support import APP, BUILDS, EXECUTABLE, LLVM, PRODUCT, ROOT
+
+SEAL = ROOT / "platform" / "macos" / "seal"
+COPY = BUILDS[0].parents[1]
+MAKE_STUBS = ROOT / "platform" / "macos" / "make-stubs"
+
+
+def run(*command, **options):
+    """Returns the exit status and what the command said."""
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
+    return done.returncode, done.stdout.decode()
+
+
+def contents(folder):
+    return {path.relative_to(folder): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
+
+
+class SealTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.app = pathlib.Path(folder.name, APP.name)
+        shutil.copytree(APP, self.app)
+        self.executable = self.app / "Contents" / "MacOS" / PRODUCT
+
+    def refuses(self, reason):
+        before = contents(self.app)
+        status, said = run(SEAL, self.app)
+        self.assertEqual((status, contents(self.app)), (1, before))
+        self.assertIn(reason, said)
+        self.assertIn("nothing was changed", said)
+
+    def test_sealing_again_mends_the_seal_and_changes_no_other_byte(self):
+        before = contents(self.app)
+        shutil.rmtree(self.app / "Contents" / "_CodeSignature")
+        self.assertEqual(run(SEAL, self.app), (0, ""))
+        self.assertEqual(contents(self.app), before)
+
+        (self.app / "Contents" / "Resources" / "more.txt").write_text("more")
+        self.assertEqual(run(SEAL, self.app), (0, ""))
+        self.assertNotEqual(self.executable.read_bytes(), before[self.executable.relative_to(self.app)])
+        (self.app / "Contents" / "Resources" / "more.txt").unlink()
+        self.assertEqual(run(SEAL, self.app), (0, ""))
+        self.assertEqual(contents(self.app), before)
+
+    def test_links_are_refused(self):
+        (self.app / "Contents" / "Resources" / "link.png").symlink_to("icon_2024.png")
+        self.refuses("is a link")
+
+    def test_one_architecture_is_refused(self):
+        thin = self.app.with_name("thin")
+        subprocess.run([LLVM / "bin" / "llvm-lipo", EXECUTABLE, "-thin", "arm64", "-output", thin], check=True)
+        shutil.copy(thin, self.executable)
+        self.refuses("no universal file")
+
+    def test_no_room_for_a_signature_is_refused(self):
+        parts = []
+        for architecture in ("x86_64", "arm64"):
+            parts.append(self.app.with_name(architecture))
+            subprocess.run([LLVM / "bin" / "clang++", "-target", f"{architecture}-apple-macos11.0", "-fuse-ld=lld",
+                            "-Wl,-no_adhoc_codesign", "-isysroot", BUILDS[0] / "sdk", "-x", "c++", "-",
+                            "-o", parts[-1]], input=b"int main() { }", check=True)
+        subprocess.run([LLVM / "bin" / "llvm-lipo", "-create", *parts, "-output", self.executable], check=True)
+        self.refuses("left no signature to replace")
+
+
+class StubsTest(unittest.TestCase):
+    def test_a_wrong_line_is_named(self):
+        listed = (ROOT / "platform" / "macos" / "stubs" / "symbols.txt").read_text()
+        for wrong in ("    klass NSAlert", "class NSAlert", "    class", "    class NSAlert NSButton"):
+            with self.subTest(wrong), tempfile.TemporaryDirectory() as folder:
+                symbols = pathlib.Path(folder, "symbols.txt")
+                symbols.write_text(f"{listed}{wrong}\n")
+                status, said = run(MAKE_STUBS, symbols, "12.3", folder)
+                self.assertEqual(status, 1)
+                self.assertIn(f"{symbols}:{len(listed.splitlines()) + 1}: ", said)
+                self.assertEqual(list(pathlib.Path(folder).iterdir()), [symbols])
+
+
+class PackageTest(unittest.TestCase):
+    def test_an_identity_needs_a_mac(self):
+        before = [path.stat().st_mtime_ns for path in BUILDS[0].iterdir()]
+        status, said = run("script/package", "--identity", "Developer ID Application: Vendrel", cwd=COPY)
+        self.assertEqual(status, 2)
+        self.assertEqual(said, "package: signing with an identity needs a Mac's codesign; nothing was built.\n")
+        self.assertEqual([path.stat().st_mtime_ns for path in BUILDS[0].iterdir()], before)
+
+    def test_unknown_arguments_are_refused(self):
+        for arguments in (["--sign"], ["--identity"], ["1.0"]):
+            status, said = run("script/package", *arguments, cwd=COPY)
+            self.assertEqual((status, said), (2, "usage: script/package [--identity IDENTITY]\n"))
+
+
+if __name__ == "__main__":
+    unittest.main()
