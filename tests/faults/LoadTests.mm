@@ -1,0 +1,80 @@
+// A long day: removals and restores in one process, after which it has no more memory, descriptors, threads and
+// temporary files than before.
+#import "detection/AppDelegate+KnownLocations.h"
+#import "licence/AppDelegate+LicenceRestore.h"
+#import "removal/AppDelegate+RemovalFlow.h"
+#import "tests/support/AlertAnswers.hpp"
+#import "tests/support/RoomTest.hpp"
+
+#include <malloc.h>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// How many removals and restores; a few by default.
+constexpr const char *CyclesVariable = "QUORLEN_LOAD_CYCLES";
+constexpr int FewCycles = 12;
+/// Of heap, in bytes: what may lie about. A leaked string at each cycle would be more within a few hundred of them, and
+/// a leaked window within a few.
+constexpr long MayLieAbout = 128 * 1024;
+
+long entriesOf(const char *folder)
+{
+    const fs::directory_iterator entries(folder);
+    return std::distance(begin(entries), end(entries));
+}
+
+/// What must not grow.
+struct Holdings {
+    long heap = static_cast<long>(mallinfo2().uordblks);
+    long descriptors = entriesOf("/proc/self/fd");
+    long threads = entriesOf("/proc/self/task");
+};
+
+using LoadTest = RoomTest;
+
+TEST_F(LoadTest, ManyRemovalsAndRestoresLeaveNothingBehind)
+{
+    const char *given = std::getenv(CyclesVariable);
+    const int cycles = given ? std::atoi(given) : FewCycles;
+    std::size_t linesOfCycle = 0;
+    Holdings early;
+    for (int cycle = 1; cycle <= cycles; ++cycle) {
+        @autoreleasepool {
+            stage({ "plant", "--no-agent", "--no-daemon" });
+            const auto licenceOfCycle = contents(licence());
+            AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
+            [controller.get() removeQuorlen3:nil];
+            ASSERT_FALSE(fs::exists(licence()));
+            const auto archive = onlyArchive();
+            ASSERT_TRUE([controller.get() restoreLicenseFromZip:ns(archive) toPath:[controller.get() licensePath]]);
+            ASSERT_EQ(contents(licence()), licenceOfCycle);
+            ASSERT_EQ(temporaryFolders(), Strings {});
+
+            const std::string log = utf8([[controller.get() logView] string]);
+            const auto lines = static_cast<std::size_t>(std::count(log.begin(), log.end(), '\n'));
+            if (cycle == 2) {
+                linesOfCycle = lines;
+            } else if (cycle > 2) {
+                ASSERT_EQ(lines, linesOfCycle) << "the log grows by the same lines in each cycle";
+            }
+            [[controller.get() logView] setString:@""];
+            for (const auto &name : filesOfTheToolOnTheDesktop()) {
+                fs::remove(desktop() / name);
+            }
+        }
+        if (cycle == (cycles + 3) / 4) {
+            early = Holdings(); // what is made once is there by now
+        }
+    }
+    const Holdings late;
+    printf("cycles: %d, heap: %+ld bytes, descriptors: %+ld, threads: %+ld, lines a cycle: %zu\n", cycles,
+        late.heap - early.heap, late.descriptors - early.descriptors, late.threads - early.threads, linesOfCycle);
+    EXPECT_LT(late.heap - early.heap, MayLieAbout);
+    EXPECT_EQ(late.descriptors, early.descriptors);
+    EXPECT_EQ(late.threads, early.threads);
+}
+
+}

@@ -1,0 +1,9 @@
+// Leaks an object of the platform's on purpose: the leak check must find it, with its line.
+#import "platform/Cocoa.h"
+
+int main()
+{
+    @autoreleasepool {
+        [[NSMutableArray alloc] initWithCapacity:1000];
+    }
+}
