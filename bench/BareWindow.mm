@@ -1,0 +1,43 @@
+/// The floor of what this AppKit costs: an application that shows one empty window of the tool's size and style, and
+/// nothing in it. It is linked with the same platform additions as the tool, so that what these save or cost counts on
+/// both sides; see docs/speed.md.
+#import "platform/Cocoa.h"
+#import "platform/Retained.hpp"
+
+#include "ui/WindowLayout.hpp"
+
+@interface BareWindow : NSObject <NSApplicationDelegate> {
+    Retained<NSWindow> _window;
+}
+@end
+
+@implementation BareWindow
+
+- (void)applicationDidFinishLaunching:(NSNotification *)notification
+{
+    _window = adopt(
+        [[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, layout::content.width, layout::content.height)
+                                    styleMask:NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask
+                                      backing:NSBackingStoreBuffered
+                                        defer:NO]);
+    [_window.get() setReleasedWhenClosed:NO];
+    [_window.get() center];
+    [_window.get() makeKeyAndOrderFront:nil];
+}
+
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication *)application
+{
+    return YES;
+}
+
+@end
+
+int main(int argc, const char *argv[])
+{
+    @autoreleasepool {
+        const auto application = Retained<NSApplication>::sharing([NSApplication sharedApplication]);
+        const auto delegate = adopt([[BareWindow alloc] init]);
+        [application.get() setDelegate:delegate.get()];
+        return NSApplicationMain(argc, argv);
+    }
+}

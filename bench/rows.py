@@ -1,0 +1,229 @@
+"""The measurements of script/bench, made in a practice Mac as root: prints one row a line, as JSON.
+
+usage: rows.py BUILD_FOLDER QUICK     QUICK is 1 for a few runs on small trees, 0 for the figures that count
+
+Each row has what, value, floor, ratio, unit, runs, floor_is, and spread (the middle half of the values). Tool and floor
+are measured by turns, in pairs; value and floor are medians, and ratio is the median of the pairs' own ratios.
+"""
+
+import json
+import math
+import os
+import pathlib
+import pwd
+import shutil
+import statistics
+import subprocess
+import sys
+import time
+
+BUILD = pathlib.Path(sys.argv[1])
+QUICK = sys.argv[2] == "1"
+ANN = pwd.getpwnam("ann")
+HOME = pathlib.Path(ANN.pw_dir)
+BENCH = BUILD / "bench"
+TOOL = BUILD / "Quorlen 3 Removal Tool.app/Quorlen 3 Removal Tool"
+BARE = BENCH / "BareWindow.app/BareWindow"
+FURNISHED = BENCH / "FurnishedWindow.app/FurnishedWindow"
+IDLE_SECONDS = 5 if QUICK else 30
+
+
+def as_ann(*command):
+    """The command line that runs a command as the user."""
+    return ["/usr/bin/setpriv", "--reuid", "ann", "--regid", "ann", "--init-groups",
+            "/usr/bin/env", "-i", f"HOME={HOME}", "USER=ann", "LOGNAME=ann",
+            "PATH=/usr/bin:/bin", "LANG=C.UTF-8", "DISPLAY=:99", *map(str, command)]
+
+
+def output(*command):
+    """What a command of the user's prints."""
+    return subprocess.run(as_ann(*command), cwd=HOME, check=True, text=True, stdout=subprocess.PIPE).stdout
+
+
+def plant(*options):
+    """Installs the product."""
+    subprocess.run(["/opt/practice/stage", "plant", "--no-agent", "--no-daemon", *options], check=True)
+
+
+def row(what, pairs, unit, floor_is, note=""):
+    """Prints the row of pairs (value, floor)."""
+    values, floors = [value for value, _ in pairs], [floor for _, floor in pairs]
+    low, _, high = statistics.quantiles(values, n=4) if len(values) > 1 else values * 3
+    ratio = statistics.median(value / floor for value, floor in pairs) if all(floors) else None
+    print(json.dumps({"what": what, "value": statistics.median(values), "floor": statistics.median(floors),
+                      "ratio": ratio, "unit": unit, "runs": len(pairs), "floor_is": floor_is, "spread": [low, high],
+                      "note": note}), flush=True)
+
+
+def report(what, values, unit, note=""):
+    """Prints a row without a floor."""
+    low, _, high = statistics.quantiles(values, n=4) if len(values) > 1 else list(values) * 3
+    print(json.dumps({"what": what, "value": statistics.median(values), "floor": None, "ratio": None, "unit": unit,
+                      "runs": len(values), "floor_is": None, "spread": [low, high], "note": note}), flush=True)
+
+
+class Running:
+    """A program whose window is up and at rest. `shown` is when it was up, the tool's with the line of its detection in
+    it; `rested` is when it was last drawn into."""
+
+    def __init__(self, program, detects=True):
+        until = ["--status-line"] if program == TOOL and detects else []
+        self.clock = subprocess.Popen(as_ann(BENCH / "window-clock", *until, program), cwd=HOME, text=True,
+                                      stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        words = self.clock.stdout.readline().split()
+        if len(words) != 3:
+            sys.exit(f"rows: {program} did not show what it should")
+        self.shown, self.rested, self.process = float(words[0]), float(words[1]), int(words[2])
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.clock.communicate()
+
+    def resident(self):
+        """Its resident memory in MB."""
+        return self._field("smaps_rollup", "Rss") / 1024
+
+    def wake_ups(self):
+        """How often it has waited and gone on."""
+        return self._field("status", "voluntary_ctxt_switches")
+
+    def _field(self, file, name):
+        text = pathlib.Path(f"/proc/{self.process}/{file}").read_text()
+        return int(next(line for line in text.splitlines() if line.startswith(name + ":")).split()[1])
+
+
+def launch_and_memory():
+    """Launches the tool, the bare window and the furnished one by turns."""
+    plant()
+    launches, memory = [], []
+    for number in range(4 if QUICK else 31):
+        times, sizes = [], []
+        for program in (TOOL, BARE, FURNISHED):
+            with Running(program) as running:
+                times.append((running.shown, running.rested))
+                sizes.append(running.resident())
+        if number:  # the first one warms up
+            launches.append(times)
+            memory.append(sizes)
+    bare = "a bare window on the same AppKit with the same additions"
+    furnished = "the same window with the same views, and nothing of ours behind it"
+    row("launch", [(tool[0], floor[0]) for tool, floor, _ in launches], "ms", bare)
+    row("memory", [(tool, floor) for tool, floor, _ in memory], "MB", bare)
+    return (("launch to rest, against the same views", [(tool[1], floor[1]) for tool, _, floor in launches], "ms",
+             furnished),
+            ("memory, against the same views", [(tool, floor) for tool, _, floor in memory], "MB", furnished))
+
+
+def plant_files(count):
+    """Installs the product with so many files in its application support folder."""
+    plant()
+    top = HOME / "Library/Application Support/Quorlen/Data"
+    for number in range(0, count, 100):
+        folder = top / f"{number // 100:05}"
+        folder.mkdir(parents=True)
+        for file in range(min(100, count - number)):
+            (folder / f"{file:03}.dat").write_bytes(b"data\n")
+    subprocess.run(["chown", "-R", "ann:ann", top], check=True)
+
+
+def elapsed(*command, **options):
+    """The milliseconds that a command takes."""
+    begin = time.perf_counter()
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, **options)
+    return 1000 * (time.perf_counter() - begin)
+
+
+def removals(count, runs):
+    """Pairs: a removal of so many files, less the prompt's cost, and the same script run by root."""
+    script = output(BENCH / "operations", "script")
+    pairs = []
+    for _ in range(runs):
+        plant_files(count)
+        tool = float(output(BENCH / "operations", "removal"))
+        prompt = statistics.median(elapsed(*as_ann("/usr/bin/pkexec", "/bin/true")) for _ in range(3))
+        plant_files(count)
+        floor = elapsed("/bin/sh", "-c", 'eval "$(/bin/cat)"', input=script.encode())
+        pairs.append((tool - prompt, floor))
+        prompts.append(prompt)
+        for path in (HOME / "Desktop").glob("Quorlen-*"):
+            path.unlink()
+    return pairs
+
+
+prompts = []
+
+
+def exponent(points):
+    """The slope of a straight line through the points' logarithms."""
+    xs, ys = [math.log(x) for x, _ in points], [math.log(y) for _, y in points]
+    return statistics.linear_regression(xs, ys).slope
+
+
+def operation(name, runs):
+    """Pairs that the tool's operation and its floor printed."""
+    pairs = [tuple(map(float, line.split())) for line in output(BENCH / "operations", name, runs).splitlines()]
+    for path in (HOME / "Desktop").glob("Quorlen-*"):
+        path.unlink()
+    return pairs[1:]
+
+
+def idle():
+    """Wake-ups a second of the tool and of the bare window at rest."""
+    with Running(TOOL) as tool, Running(BARE) as bare:
+        time.sleep(2)  # what follows a launch
+        before = tool.wake_ups(), bare.wake_ups()
+        time.sleep(IDLE_SECONDS)
+        after = tool.wake_ups(), bare.wake_ups()
+    rates = [(later - sooner) / IDLE_SECONDS for sooner, later in zip(before, after)]
+    row("idle", [tuple(rates)], "wake-ups/s", "the bare window")
+
+
+def shift():
+    """From a Shift press to the swapped buttons on the screen."""
+    for path in (pathlib.Path("/Applications/Quorlen.app"), HOME / "Library/Application Support/Quorlen"):
+        shutil.rmtree(path, ignore_errors=True)
+    script = output(BENCH / "operations", "script")
+    subprocess.run(["/bin/sh"], input=script, text=True, check=True, stdout=subprocess.DEVNULL)
+    with Running(TOOL, detects=False):
+        pairs = [tuple(map(float, line.split()))
+                 for line in output(BENCH / "shift-clock", 5 if QUICK else 50).splitlines()]
+    row("Shift press to the buttons swapped", pairs, "ms", "a round trip to the X server")
+
+
+def main():
+    against_views = launch_and_memory()
+    counts = (100, 1000) if QUICK else (1000, 10_000, 100_000)
+    of_files = {count: removals(count, 2 if QUICK else 5) for count in counts}
+    largest = counts[-1]
+    prompt = statistics.median(prompts)
+    row("removal", of_files[largest], "ms", "the same script run directly by root on an identical tree",
+        f"{largest} files; from the confirming press to the completion alert, less {prompt:.0f} ms for the prompt")
+    for what in against_views:
+        row(*what)
+    plant()
+    row("detection", [(1000 * value, 1000 * floor) for value, floor in operation("scan", 1001)], "µs",
+        "twelve bare stat calls", "the twelve tests")
+    row("detection, with labels and log",
+        [(1000 * value, 1000 * floor) for value, floor in operation("detection", 101)], "µs", "twelve bare stat calls", "AppKit lays the log's text out again")
+    for name in ("backup", "restore"):
+        pairs = operation(name, 4 if QUICK else 31)
+        fixed = statistics.median(value - floor for value, floor in pairs)
+        row(f"a {name}", pairs, "ms", "the archiver run directly on the same file", f"{fixed:.1f} ms more")
+    idle()
+    shift()
+    slope = exponent([(count, statistics.median(value for value, _ in pairs)) for count, pairs in of_files.items()])
+    report(f"growth: a removal of {', '.join(map(str, counts))} files", [slope], "exponent", "the design: 1 at most")
+    lines = (100, 1000) if QUICK else (100, 1000, 10_000, 100_000)
+    appends = {}
+    for count in lines:
+        appends[count] = [float(line) for line in output(BENCH / "operations", "append", count, 5).splitlines()][1:]
+        report(f"one line more on a log of {count}", appends[count], "ms")
+    slope = exponent([(count, statistics.median(times)) for count, times in appends.items()][-3:])
+    report("growth: one line more on a long log", [slope], "exponent", "the design: 1, each replaces the whole text")
+
+
+if __name__ == "__main__":
+    os.umask(0o022)
+    main()
