@@ -1,0 +1,201 @@
+#!/usr/bin/python3
+"""The documents, held against the tree that they speak of."""
+
+import functools
+import os
+import pathlib
+import re
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+MESSAGES = ROOT / "docs" / "messages.md"
+DOCUMENTS = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted((ROOT / "docs").glob("*.md"))]
+
+ROOMS = ("app", "ui", "detection", "removal", "licence")
+# Paths and the superuser's commands: nothing of these files is ever shown or logged.
+WITHOUT_TEXTS = {"detection/KnownLocations.hpp", "removal/CleanupScript.cpp", "removal/Quoting.cpp"}
+# What else is no text for a person: keys, patterns, names of images and the commands that others run.
+NOT_SHOWN = {
+    "CFBundleShortVersionString", "yyyyMMdd-HHmmss", "icon_removal_2024", "icon_2024", "quorlen-typeface_1024",
+    "/usr/bin/ditto", "-c", "-k", "--sequesterRsrc", "--keepParent", "-x", "zip",
+    "/bin/sh -c '/bin/sleep 1; /sbin/shutdown -r now' >/dev/null 2>&1 &",
+}
+# The date after "updated: " changes with each version and stands in the sources alone.
+UPDATED_DATE = re.compile(r"\d{4}\.\d\d\.\d\d")
+
+PLATFORMS_WORDS = "What the platform fills in"
+
+
+def without_spaces_around(pieces):
+    """Returns what isn't blank, stripped."""
+    return {piece.strip() for piece in pieces} - {""}
+
+
+def pieces_of_row(text):
+    """Returns what is fixed in a text of the table, where … stands for what is filled in."""
+    return without_spaces_around(text.split("…"))
+
+
+def pieces_of_source(path, prefix):
+    """Returns what is fixed in the string literals of a source, without what is formatted in, line by line."""
+    token = re.compile(rf'//[^\n]*|/\*.*?\*/|#\s*(?:import|include)[^\n]*|{prefix}"(?P<text>(?:\\.|[^"\\])*)"', re.S)
+    literals = [match["text"] for match in token.finditer(path.read_text()) if match["text"]]
+    return without_spaces_around(piece for literal in literals for piece in re.split(r"%@|%s|\\n", literal))
+
+
+def sources(*folders):
+    """Returns the C++ and Objective-C++ files of these folders."""
+    return [path for folder in folders for path in sorted((ROOT / folder).iterdir())
+            if path.suffix in (".h", ".hpp", ".cpp", ".mm")]
+
+
+def shown_by_the_sources():
+    """Returns what is fixed in all texts that the product can show or log."""
+    pieces = set()
+    for path in sources(*ROOMS):
+        if str(path.relative_to(ROOT)) not in WITHOUT_TEXTS:
+            pieces |= pieces_of_source(path, "[@u]")
+    return {piece for piece in pieces - NOT_SHOWN if not UPDATED_DATE.fullmatch(piece)}
+
+
+class Row:
+    """A line of a table in messages.md."""
+
+    def __init__(self, section, cells):
+        self.section = section
+        self.text = cells[0].removeprefix("`").removesuffix("`")
+        self.tests = re.findall(r"`([^`]+)`", cells[3])
+
+
+def rows():
+    """Returns the rows of all tables in messages.md."""
+    found, section = [], ""
+    for line in MESSAGES.read_text().splitlines():
+        if line.startswith("## "):
+            section = line[3:]
+        elif line.startswith("| `"):
+            found.append(Row(section, [cell.strip() for cell in line.strip("|").split("|")]))
+    return found
+
+
+@functools.cache
+def words_of(path):
+    """Returns a test's source with literals that go on in a next one joined, and with the periods of patterns bare."""
+    return re.sub(r'"\s*\\?\s*"', "", path.read_text()).replace("\\\\.", ".")
+
+
+def test_sources(name):
+    """Returns the sources of a test with what they share: where it is defined, or nothing when it isn't."""
+    if name.startswith("journey."):
+        _, subject, journey = name.split(".")
+        shared = ROOT / "tests/journeys/phrases.py"
+        places, definition = [ROOT / f"tests/journeys/{subject}_journeys.py"], rf"^def journey_{journey}\("
+    else:
+        suite, case = name.split(".")
+        shared = ROOT / "tests/support/RoomTest.hpp"
+        places = sorted(path for path in (ROOT / "tests").glob("*/*Tests.*") if path.suffix in (".cpp", ".mm"))
+        definition = rf"^TEST(_F|_P)?\({suite}, {case}\)"
+    defining = [path for path in places if path.exists() and re.search(definition, path.read_text(), re.M)]
+    return [*defining, shared] if defining else []
+
+
+class Messages(unittest.TestCase):
+    def test_every_text_of_the_sources_is_in_the_table(self):
+        told = set().union(*(pieces_of_row(row.text) for row in rows()))
+        self.assertEqual(shown_by_the_sources() - told, set(), "missing in docs/messages.md")
+
+    def test_every_text_of_the_table_is_in_the_sources(self):
+        shown = shown_by_the_sources()
+        for row in rows():
+            if row.section != PLATFORMS_WORDS:
+                self.assertEqual(pieces_of_row(row.text) - shown, set(), f"stale in docs/messages.md: {row.text}")
+
+    def test_every_word_of_the_platform_is_in_its_sources(self):
+        literals = set().union(*(pieces_of_source(path, "@?") for path in sources("platform/gnustep")))
+        words = [row for row in rows() if row.section == PLATFORMS_WORDS]
+        self.assertTrue(words, f"no section {PLATFORMS_WORDS}")
+        for row in words:
+            self.assertEqual(pieces_of_row(row.text) - literals, set(), f"stale in docs/messages.md: {row.text}")
+
+    def test_every_text_has_tests_that_exist_and_speak_of_it(self):
+        for row in rows():
+            self.assertTrue(row.tests, f"no test has seen: {row.text}")
+            for test in row.tests:
+                with self.subTest(text=row.text, test=test):
+                    places = test_sources(test)
+                    self.assertTrue(places, "there is no such test")
+                    said = "".join(words_of(place) for place in places)
+                    self.assertEqual([piece for piece in pieces_of_row(row.text) if piece not in said], [],
+                                     "the test does not speak of it")
+
+    def test_nothing_is_passed_over_that_is_not_there(self):
+        self.assertEqual([path for path in WITHOUT_TEXTS if not (ROOT / path).exists()], [])
+        there = set().union(*(pieces_of_source(path, "[@u]") for path in sources(*ROOMS)))
+        self.assertEqual(NOT_SHOWN - there, set())
+
+
+@functools.cache
+def tree():
+    """Returns every file and folder of the checkout, relative to its root, without what is built."""
+    found = set()
+    for folder, folders, files in os.walk(ROOT):
+        folders[:] = [name for name in folders if name not in ("build", ".git", "__pycache__")]
+        found |= {str(pathlib.Path(folder, name).relative_to(ROOT)) for name in folders + files}
+    return found
+
+
+def anchors(document):
+    """Returns what a link may name in a document, as code hosts make it of its headings."""
+    headings = re.findall(r"^#+ (.+)$", document.read_text(), re.M)
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+
+class Documents(unittest.TestCase):
+    def check_each(self, find, explanation):
+        """Expects that `find`, called with a document and its text, yields nothing that is not there."""
+        for document in DOCUMENTS:
+            with self.subTest(document=str(document.relative_to(ROOT))):
+                self.assertEqual(sorted(find(document, document.read_text())), [], explanation)
+
+    def test_every_link_leads_somewhere(self):
+        def dead_links(document, text):
+            for target in re.findall(r"\]\(([^)\s]+)\)", text):
+                path, _, anchor = target.partition("#")
+                place = document.parent / path if path else document
+                if "://" not in target and not (place.exists() and (not anchor or anchor in anchors(place))):
+                    yield target
+        self.check_each(dead_links, "dead links")
+
+    def test_every_path_exists(self):
+        folders = "|".join(re.escape(path.name) for path in ROOT.iterdir() if path.is_dir() and path.name in tree())
+        paths = re.compile(rf"(?<![\w./~-])(?:{folders})/[\w./+-]*")
+
+        def missing_paths(_, text):
+            named = {path.rstrip("./") for path in paths.findall(re.sub(r"\]\([^)]*\)", "]", text))}
+            return named - tree()
+        self.check_each(missing_paths, "paths that do not exist")
+
+    def test_every_source_named_by_its_name_alone_exists(self):
+        names = {path.rpartition("/")[2] for path in tree()}
+
+        def missing_files(_, text):
+            named = re.findall(r"`(?:[^`\s]*/)?([\w.+-]+\.(?:mm|hpp|cpp|h|py|tsv|in|md|cmake))`", text)
+            return {name for name in named} - names
+        self.check_each(missing_files, "files that do not exist")
+
+    def test_readme_names_every_script(self):
+        text = (ROOT / "README.md").read_text()
+        scripts = sorted(path for path in tree()
+                         if re.fullmatch(r"script/[^/]+", path) and os.access(ROOT / path, os.X_OK))
+        self.assertEqual([path for path in scripts if not re.search(rf"{path}(?![\w-])", text)], [])
+
+    def test_readme_lists_the_locations_in_their_order(self):
+        header = (ROOT / "detection/KnownLocations.hpp").read_text()
+        known = re.findall(r'^    u"([^"]+)"', header, re.M)
+        readme = (ROOT / "README.md").read_text()
+        listed = [path.removeprefix("~/") for path in re.findall(r"^\s+(~?/.*Quorlen.*|~/Library/.*)$", readme, re.M)]
+        self.assertEqual(listed, known)
+
+
+if __name__ == "__main__":
+    unittest.main()
