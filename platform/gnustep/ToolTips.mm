@@ -40,8 +40,9 @@ constexpr CGFloat verticalPadding = 4;
     NSRectFill([self bounds]);
     [[NSColor controlShadowColor] set];
     NSFrameRect([self bounds]);
+    // Not into a rectangle: a text that just fits may be broken there.
     NSAttributedString *text = [self valueForKey:@"text"];
-    [text drawInRect:NSInsetRect([self bounds], horizontalPadding, verticalPadding)];
+    [text drawAtPoint:NSMakePoint(horizontalPadding, verticalPadding)];
 }
 
 @end

@@ -124,7 +124,7 @@ protected:
     /// @return These alerts.
     std::vector<SeenPanel> restore(const fs::path &chosen, Strings buttons = { "OK" })
     {
-        buttons.insert(buttons.begin(), "OK"); // the panel's own
+        buttons.insert(buttons.begin(), "Restore License"); // the panel's own
         AlertAnswers answers(buttons, [&](std::size_t number) {
             if (number == 0) {
                 choose(chosen);
@@ -192,15 +192,11 @@ protected:
 
 TEST_F(Restore, AsksForOneZipFileInThePanel)
 {
-    // Debian's panel shows no message and doesn't keep it.
-    static std::string message;
-    const Replaced setMessage(
-        [NSOpenPanel class], @selector(setMessage:), +[](id, SEL, NSString *text) { message = utf8(text); });
     AlertAnswers answers({ "Cancel" }, [](std::size_t) {
         ASSERT_TRUE([[NSApp modalWindow] isKindOfClass:[NSOpenPanel class]]);
         NSOpenPanel *panel = static_cast<NSOpenPanel *>([NSApp modalWindow]);
         EXPECT_EQ(utf8([panel title]), "Choose a Quorlen License Backup");
-        EXPECT_EQ(message, "Select a Quorlen license backup zip created by this tool.");
+        EXPECT_EQ(utf8([panel message]), "Select a Quorlen license backup zip created by this tool.");
         EXPECT_EQ(utf8([panel prompt]), "Restore License");
         EXPECT_TRUE([panel canChooseFiles]);
         EXPECT_FALSE([panel canChooseDirectories]);
@@ -311,7 +307,7 @@ TEST_F(Restore, TellsTheOutcomeInTheLogThenInTheAlertAndThenScans)
     makeZip(archive, { { ".licence", "the licence" } });
     Strings linesBehindTheAlert;
     std::string statusBehindTheAlert;
-    AlertAnswers answers({ "OK", "OK" }, [&](std::size_t number) {
+    AlertAnswers answers({ "Restore License", "OK" }, [&](std::size_t number) {
         if (number == 0) {
             choose(archive);
         } else {

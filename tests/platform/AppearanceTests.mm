@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace
 {
 
@@ -154,23 +156,30 @@ TEST(Appearance, DrawsPicturesThatAreNoBitmaps)
 
 TEST(ToolTip, ShowsItsLastWord)
 {
-    // The window and the view in it, made and sized as GNUstep does it when the pointer rests.
-    const auto text = adopt([[NSAttributedString alloc] initWithString:@"Run cleanup even though it was not detected"]);
-    const NSSize size = [text.get() size];
-    const auto tip = adopt(
-        static_cast<NSPanel *>([[NSClassFromString(@"GSTTPanel") alloc] initWithContentRect:NSMakeRect(0, 0, 100, 25)
-                                                                                  styleMask:NSBorderlessWindowMask
-                                                                                    backing:NSBackingStoreBuffered
-                                                                                      defer:YES]));
-    [tip.get() setReleasedWhenClosed:NO];
-    NSView *view = [tip.get() contentView];
-    [view performSelector:@selector(setText:) withObject:text.get()];
-    [tip.get() setFrame:NSMakeRect(100, 100, size.width + 4, size.height + 4) display:NO];
-    [tip.get() orderFront:nil];
-    bool inkOfLastWord = false;
-    for (int back = 0; back < 20; ++back) {
-        inkOfLastWord |= lightness(pixel(view, NSMakePoint(size.width - back, NSMidY([view bounds])))) < 0.6;
+    for (CGFloat fontSize = 8; fontSize <= 14; ++fontSize) {
+        const auto text = adopt([[NSAttributedString alloc]
+            initWithString:@"Run cleanup even though Quorlen 3 was not detected"
+                attributes:@ { NSFontAttributeName : [NSFont toolTipsFontOfSize:fontSize] }]);
+        const NSSize size = [text.get() size];
+        // The window and the view in it, made and sized as GNUstep does it when the pointer rests.
+        const auto tip = adopt(static_cast<NSPanel *>(
+            [[NSClassFromString(@"GSTTPanel") alloc] initWithContentRect:NSMakeRect(0, 0, 100, 25)
+                                                               styleMask:NSBorderlessWindowMask
+                                                                 backing:NSBackingStoreBuffered
+                                                                   defer:YES]));
+        [tip.get() setReleasedWhenClosed:NO];
+        NSView *view = [tip.get() contentView];
+        [view performSelector:@selector(setText:) withObject:text.get()];
+        // The X server gives it whole pixels: less than the text may take.
+        [tip.get() setFrame:NSMakeRect(100, 100, std::floor(size.width) + 4, std::floor(size.height) + 4) display:NO];
+        [tip.get() orderFront:nil];
+        bool inkOfLastWord = false;
+        for (double y = 4; y < size.height; ++y) {
+            for (double x = size.width - 8; x < size.width; ++x) {
+                inkOfLastWord |= lightness(pixel(view, NSMakePoint(x, y))) < 0.6;
+            }
+        }
+        EXPECT_TRUE(inkOfLastWord) << "in size " << fontSize << " of width " << size.width;
+        [tip.get() close];
     }
-    EXPECT_TRUE(inkOfLastWord);
-    [tip.get() close];
 }
