@@ -3,6 +3,7 @@
 extern "C" {
 const char *__asan_default_options();
 const char *__ubsan_default_options();
+const char *__lsan_default_options();
 const char *__lsan_default_suppressions();
 }
 
@@ -15,6 +16,11 @@ const char *__asan_default_options()
 const char *__ubsan_default_options()
 {
     return "print_stacktrace=1";
+}
+
+const char *__lsan_default_options()
+{
+    return "print_suppressions=0"; // A clean program says nothing on its standard error.
 }
 
 /// Leaks of the platform's own. gnustep-base and gnustep-gui are not among them: what is allocated there includes every
