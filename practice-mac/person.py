@@ -37,6 +37,8 @@ COMMAND = ROOT / "practice-mac/practice-mac"
 PATIENCE = 60  # seconds until a condition that has not come true never will; far above what any step takes
 GLANCE = 0.05  # seconds between two looks
 
+DEFAULT_BUTTON = "#1E78E6"  # how a button that Return presses is drawn on Debian
+
 # GNUstep says these two lines about every bundle that its defaults make it load: they are not the tool's.
 INSPECTOR_LINES = re.compile(r"^.*(Loading 1 user defined AppKit bundles|Loaded '.*Inspector\.bundle')\n", re.MULTILINE)
 
@@ -378,13 +380,23 @@ class Tool:
         self._errors.seek(0)
         return INSPECTOR_LINES.sub("", self._errors.read().decode(errors="replace"))
 
-    def picture(self, name):
-        """Saves a picture of the screen, cut to the tool's windows where they can be seen, and returns its path."""
+    def _outer_frame(self, window):
+        """A window's edges on the screen (left, top, right, bottom), with what the window manager draws around it."""
+        told = self.mac.shell('xwininfo -id "$1"; xprop -id "$1" _NET_FRAME_EXTENTS', str(window["x_window"]))
+        x, y, width, height = (int(re.search(rf"{what}: +(-?\d+)", told)[1])
+                               for what in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+        extents = re.search(r"= (\d+), (\d+), (\d+), (\d+)", told)
+        left, right, top, bottom = map(int, extents.groups()) if extents else [0] * 4
+        return x - left, y - top, x + width + right, y + height + bottom
+
+    def picture(self, name, front_only=False):
+        """Saves a picture of the screen, cut to the tool's windows, or the front one, where they can be seen, and returns
+        its path."""
+        windows = (self.look() or {"windows": []})["windows"]
+        frames = [self._outer_frame(window) for window in windows[:1 if front_only else None]]
         cut = []
-        frames = [window["frame"] for window in (self.look() or {"windows": []})["windows"]]
         if frames:
-            left, top = min(x for x, *_ in frames) - 12, min(y for _, y, *_ in frames) - 32
-            right, bottom = max(x + w for x, _, w, _ in frames) + 12, max(y + h for _, y, _, h in frames) + 12
+            left, top, right, bottom = (f(edges) for f, edges in zip((min, min, max, max), zip(*frames)))
             cut = ["-crop", f"{right - left:.0f}x{bottom - top:.0f}+{left:.0f}+{top:.0f}", "+repage"]
         PICTURES.mkdir(parents=True, exist_ok=True)
         path = PICTURES / f"{name}.png"
@@ -392,6 +404,21 @@ class Tool:
             subprocess.run([COMMAND, "run", self.mac.seat, "--", "import", "-window", "root", *cut, "png:-"],
                            stdout=file, check=True)
         return path
+
+    def settled_picture(self, name, front_only=False):
+        """Saves a picture as `picture` does, once all is drawn: two in a row have the same colours, and the button that
+        Return presses in an alert or panel has its own."""
+        last = [None]
+
+        def glimpse():
+            path = self.picture(name, front_only)
+            colours = subprocess.run(["convert", path, "-format", "%c", "histogram:info:-"], check=True, text=True,
+                                     stdout=subprocess.PIPE).stdout
+            default = any(v.get("key_equivalent") == "\r" and v["enabled"] and v["visible"]
+                          for v in self.views(self.modal_window()))
+            before, last[0] = last[0], colours
+            return path if before == colours and (DEFAULT_BUTTON in colours or not default) else None
+        return eventually(glimpse, f"the picture {name!r} shows all that is drawn")
 
     # Judging what is seen
 

@@ -67,7 +67,7 @@ class Album:
     def add(self, tool, stage):
         """Takes a picture and tells of it."""
         self._taken += 1
-        path = tool.picture(f"{self._taken}-{stage.replace(' ', '-')}")
+        path = tool.settled_picture(f"{self._taken}-{stage.replace(' ', '-')}")
         Findings.fact(f"{stage:24} {os.path.relpath(path, person.ROOT)}")
 
 
