@@ -11,10 +11,12 @@
 
 /// The text as one single-quoted /bin/sh word.
 /// @param text Any text; not nil.
+/// @return Not nil, but on Debian for half a surrogate pair (platform/Text.hpp), which no path there can hold.
 - (NSString *)shellQuotedString:(NSString *)text;
 
 /// The text as one double-quoted AppleScript string literal, quotes included.
 /// @param text Any text; not nil.
+/// @return As that of `shellQuotedString:`.
 - (NSString *)appleScriptQuotedString:(NSString *)text;
 
 @end

@@ -8,5 +8,6 @@
 /// @param message The message text; not nil.
 /// @param informativeText The text below it; not nil.
 /// @param buttons The buttons' titles, the first one being the default button; at least one.
-/// @return Whether the first button was pressed, the only one that ever goes on.
+/// @return Whether the first button was pressed, the only one that ever goes on: false for any other, and for an alert
+///     that ended another way.
 bool runModalAlert(NSString *message, NSString *informativeText, NSArray<NSString *> *buttons);

@@ -16,6 +16,7 @@ extern NSString
 /// Makes a script of a source text, which is read only when the script is run.
 ///
 /// @param source the statement; StatementReader.hpp says what is understood.
+/// @return the script; never nil for a source that is not nil, however wrong.
 - (instancetype)initWithSource:(NSString *)source;
 
 /// Runs the statement's shell text as the superuser, once the user has granted administrator rights in polkit's prompt.

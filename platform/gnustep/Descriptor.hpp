@@ -1,3 +1,4 @@
+/// Ownership of a file descriptor.
 #pragma once
 
 #include <unistd.h>
@@ -8,6 +9,7 @@ class Descriptor
 {
 public:
     Descriptor() = default;
+    /// Becomes the owner of an open descriptor; a negative number is none.
     explicit Descriptor(int number) : _number(number) { }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
