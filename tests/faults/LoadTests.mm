@@ -18,7 +18,11 @@ constexpr const char *CyclesVariable = "QUORLEN_LOAD_CYCLES";
 constexpr int FewCycles = 12;
 /// Of heap, in bytes: what may lie about. A leaked string at each cycle would be more within a few hundred of them, and
 /// a leaked window within a few.
-constexpr long MayLieAbout = 128 * 1024;
+constexpr long MayLieAbout = 32 * 1024;
+/// Of heap, in bytes: what GNUstep keeps of each cycle. It notes to which display server a window belongs, twice for
+/// each of the two alerts, and never forgets it (counted in calls of NSMapInsert and NSMapRemove; 200 bytes were
+/// measured).
+constexpr long KeptByThePlatform = 208;
 
 long entriesOf(const char *folder)
 {
@@ -28,6 +32,7 @@ long entriesOf(const char *folder)
 
 /// What must not grow.
 struct Holdings {
+    int cycle = 0;
     long heap = static_cast<long>(mallinfo2().uordblks);
     long descriptors = entriesOf("/proc/self/fd");
     long threads = entriesOf("/proc/self/task");
@@ -66,13 +71,13 @@ TEST_F(LoadTest, ManyRemovalsAndRestoresLeaveNothingBehind)
             }
         }
         if (cycle == (cycles + 3) / 4) {
-            early = Holdings(); // what is made once is there by now
+            early = { .cycle = cycle }; // what is made once is there by now
         }
     }
     const Holdings late;
     printf("cycles: %d, heap: %+ld bytes, descriptors: %+ld, threads: %+ld, lines a cycle: %zu\n", cycles,
         late.heap - early.heap, late.descriptors - early.descriptors, late.threads - early.threads, linesOfCycle);
-    EXPECT_LT(late.heap - early.heap, MayLieAbout);
+    EXPECT_LT(late.heap - early.heap, MayLieAbout + KeptByThePlatform * (cycles - early.cycle));
     EXPECT_EQ(late.descriptors, early.descriptors);
     EXPECT_EQ(late.threads, early.threads);
 }

@@ -49,7 +49,7 @@ void pressKey(const std::string &name);
 
 /// Runs an alert or a panel modally while somebody acts from outside.
 /// @param act What that person does, on a thread of its own: commands only, nothing of the platform's. False means that
-///     it could not be done; then the test fails and the panel is aborted.
+///     it could not be done. Then, and when the panel doesn't end, the test fails and the panel is aborted.
 /// @return what `runModal` returned.
 NSInteger runModalWhile(id panel, const std::function<bool()> &act);
 

@@ -86,6 +86,7 @@ void pressKey(const std::string &name)
 {
     if (_wanted) {
         [NSApp stopModalWithCode:NSModalResponseAbort];
+        wakeModalLoop();
     }
 }
 
@@ -100,11 +101,15 @@ NSInteger runModalWhile(id panel, const std::function<bool()> &act)
                                            userInfo:nil
                                             repeats:YES];
     [[NSRunLoop currentRunLoop] addTimer:timer forMode:NSModalPanelRunLoopMode];
-    std::thread person([&] { end.get()->_wanted = !act(); });
+    std::atomic<bool> ended = false;
+    std::thread person([&] { end.get()->_wanted = !act() || !eventually([&] { return ended.load(); }); });
     const NSInteger code = [panel runModal];
+    ended = true;
     person.join();
     [timer invalidate];
-    EXPECT_FALSE(end.get()->_wanted) << "what was to be done at the panel could not be done";
+    EXPECT_FALSE(end.get()->_wanted) << "what was done at the panel did not end it, or could not be done";
+    // The next alert has the same title, and must not be taken to be there while this one still has the keyboard.
+    EXPECT_TRUE(handleEventsUntil([] { return !alertHasTheKeyboard(); }));
     return code;
 }
 

@@ -61,17 +61,7 @@ void countSessions()
     if (_answered != sessionsBegun && [panel isVisible]) {
         _answered = sessionsBegun;
         _answer(panel);
-        // The modal loop looks at its end only after an event, and a press without a mouse brings none.
-        [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
-                                            location:NSZeroPoint
-                                       modifierFlags:0
-                                           timestamp:0
-                                        windowNumber:0
-                                             context:nil
-                                             subtype:0
-                                               data1:0
-                                               data2:0]
-                 atStart:NO];
+        wakeModalLoop(); // A press without a mouse brings no event.
     }
 }
 

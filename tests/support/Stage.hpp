@@ -39,3 +39,6 @@ void write(const std::filesystem::path &file, const std::string &bytes);
 /// Handles events as the main loop does until a condition holds; gives up after a generous while. Returns whether it
 /// holds.
 bool handleEventsUntil(const std::function<bool()> &condition);
+
+/// Makes a modal loop look whether it has been told to end, which it does only after an event.
+void wakeModalLoop();

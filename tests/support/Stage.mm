@@ -104,3 +104,17 @@ bool handleEventsUntil(const std::function<bool()> &condition)
     }
     return true;
 }
+
+void wakeModalLoop()
+{
+    [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
+                                        location:NSZeroPoint
+                                   modifierFlags:0
+                                       timestamp:0
+                                    windowNumber:0
+                                         context:nil
+                                         subtype:0
+                                           data1:0
+                                           data2:0]
+             atStart:NO];
+}
