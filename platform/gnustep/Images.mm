@@ -13,7 +13,7 @@
 + (void)load
 {
     exchangeInstanceMethods(self, @selector(drawInRect:fromRect:operation:fraction:respectFlipped:hints:),
-        @selector(drawUncachedInRect:fromRect:operation:fraction:respectFlipped:hints:));
+        @selector(drawSmoothlyInRect:fromRect:operation:fraction:respectFlipped:hints:));
 }
 
 /// The types of files in which GNUstep looks for an image by its name. Its own answer names some 250, and each name, of
@@ -30,28 +30,21 @@
     return [self imageUnfilteredFileTypes];
 }
 
-/// In the place of the method that draws all images. GNUstep's own makes an offscreen window for each image, with ten
-/// round trips to the X server, to draw it from there; a bitmap that is drawn a few times is drawn faster without.
-- (void)drawUncachedInRect:(NSRect)destination
+/// In the place of the method that draws all images. By default GNUstep makes an image smaller by leaving pixels out.
+- (void)drawSmoothlyInRect:(NSRect)destination
                   fromRect:(NSRect)source
                  operation:(NSCompositingOperation)operation
                   fraction:(CGFloat)fraction
             respectFlipped:(BOOL)respectFlipped
                      hints:(NSDictionary *)hints
 {
-    const NSImageCacheMode mode = [self cacheMode];
-    if ([[[self representations] lastObject] isKindOfClass:[NSBitmapImageRep class]]) {
-        [self setCacheMode:NSImageCacheNever];
-    }
-    // By default GNUstep makes an image smaller by leaving pixels out.
     [[NSGraphicsContext currentContext] setImageInterpolation:NSImageInterpolationHigh];
-    [self drawUncachedInRect:destination
+    [self drawSmoothlyInRect:destination
                     fromRect:source
                    operation:operation
                     fraction:fraction
               respectFlipped:respectFlipped
                        hints:hints];
-    [self setCacheMode:mode];
 }
 
 @end
