@@ -156,32 +156,34 @@ TEST(Appearance, DrawsPicturesThatAreNoBitmaps)
 
 TEST(ToolTip, ShowsItsLastWord)
 {
-    for (CGFloat fontSize = 8; fontSize <= 14; ++fontSize) {
+    const TestWindow shown;
+    for (const CGFloat fontSize : { 8, 9, 10 }) {
         const auto text = adopt([[NSAttributedString alloc]
             initWithString:@"Run cleanup even though Quorlen 3 was not detected"
                 attributes:@ { NSFontAttributeName : [NSFont toolTipsFontOfSize:fontSize] }]);
         const NSSize size = [text.get() size];
-        // The window and the view in it, made and sized as GNUstep does it when the pointer rests.
+        // The window, sized as GNUstep does it when the pointer rests. The X server gives it whole pixels: less than
+        // the text may take.
         const auto tip = adopt(static_cast<NSPanel *>(
             [[NSClassFromString(@"GSTTPanel") alloc] initWithContentRect:NSMakeRect(0, 0, 100, 25)
                                                                styleMask:NSBorderlessWindowMask
                                                                  backing:NSBackingStoreBuffered
                                                                    defer:YES]));
-        [tip.get() setReleasedWhenClosed:NO];
-        NSView *view = [tip.get() contentView];
-        [view performSelector:@selector(setText:) withObject:text.get()];
-        // The X server gives it whole pixels: less than the text may take.
         [tip.get() setFrame:NSMakeRect(100, 100, std::floor(size.width) + 4, std::floor(size.height) + 4) display:NO];
-        [tip.get() orderFront:nil];
+        // The view in it, on the screen in another window: the tip's own would take the keyboard from it.
+        NSView *inTip = [tip.get() contentView];
+        const auto view = adopt([[[inTip class] alloc] initWithFrame:[inTip bounds]]);
+        [view.get() performSelector:@selector(setText:) withObject:text.get()];
+        [[shown.window() contentView] addSubview:view.get()];
         bool inkOfLastWord = false;
         for (double y = 4; y < size.height; ++y) {
             for (double x = size.width - 8; x < size.width; ++x) {
-                inkOfLastWord |= lightness(pixel(view, NSMakePoint(x, y))) < 0.6;
+                inkOfLastWord |= lightness(pixel(view.get(), NSMakePoint(x, y))) < 0.6;
             }
         }
         EXPECT_TRUE(inkOfLastWord) << "in size " << fontSize << " of width " << size.width;
-        [view performSelector:@selector(setText:) withObject:nil]; // It keeps its text when it goes.
-        [tip.get() close];
+        [view.get() performSelector:@selector(setText:) withObject:nil]; // It keeps its text when it goes.
+        [view.get() removeFromSuperview];
     }
 }
 

@@ -54,6 +54,8 @@ TestWindow::TestWindow()
 TestWindow::~TestWindow()
 {
     [_window close];
+    // The next one has the same title, and must not be taken to be there while this one still has the keyboard.
+    EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() != "Test window\n"; }));
     [_view release];
     [_window release];
 }
