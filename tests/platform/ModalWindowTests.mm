@@ -37,14 +37,6 @@ std::string uppermostTitle()
         .output;
 }
 
-/// Waits until the window manager has done all that it was asked for: it takes requests in their order.
-void letManagerFinish()
-{
-    const std::string desktops = run({ "xdotool", "get_num_desktops" }).output == "2\n" ? "3" : "2";
-    run({ "xdotool", "set_num_desktops", desktops });
-    EXPECT_TRUE(eventually([&] { return run({ "xdotool", "get_num_desktops" }).output == desktops + "\n"; }));
-}
-
 } // namespace
 
 TEST(Alert, TakesTheManagersCloseButtonForItsLastButton)

@@ -57,6 +57,10 @@ NSInteger runModalWhile(id panel, const std::function<bool()> &act);
 /// while. Returns the last answer.
 bool eventually(const std::function<bool()> &question);
 
+/// Waits until the window manager has done all that it was asked for: it takes requests in their order. Handles no
+/// events.
+void letManagerFinish();
+
 /// The title of the window that has the keyboard, as the X server tells it.
 std::string focusedTitle();
 

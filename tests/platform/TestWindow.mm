@@ -44,6 +44,8 @@ TestWindow::TestWindow()
     [_window makeKeyAndOrderFront:nil];
     [_window makeFirstResponder:_view];
     EXPECT_TRUE(handleEventsUntil([this] { return [_window isKeyWindow] && [_window isVisible]; }));
+    // A busy manager may still be moving the keyboard from a window that was there before.
+    letManagerFinish();
     EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() == "Test window\n"; }));
     // Somebody is there: a program that nobody has touched yet is given no keyboard for its later windows.
     pressKey("j");
@@ -54,8 +56,6 @@ TestWindow::TestWindow()
 TestWindow::~TestWindow()
 {
     [_window close];
-    // The next one has the same title, and must not be taken to be there while this one still has the keyboard.
-    EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() != "Test window\n"; }));
     [_view release];
     [_window release];
 }
@@ -125,6 +125,13 @@ bool eventually(const std::function<bool()> &question)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     return true;
+}
+
+void letManagerFinish()
+{
+    const std::string desktops = run({ "xdotool", "get_num_desktops" }).output == "2\n" ? "3" : "2";
+    run({ "xdotool", "set_num_desktops", desktops });
+    EXPECT_TRUE(eventually([&] { return run({ "xdotool", "get_num_desktops" }).output == desktops + "\n"; }));
 }
 
 std::string focusedTitle()
