@@ -273,7 +273,7 @@ TEST_F(EventMonitors, SeeRealKeysWhileAnAlertIsUp)
     [alert.get() setMessageText:@"Press Shift."];
     [alert.get() addButtonWithTitle:@"OK"];
     runModalWhile(alert.get(), [] {
-        if (!eventually(alertHasTheKeyboard)) {
+        if (!alertKeepsTheKeyboard()) {
             return false;
         }
         pressKey("shift");

@@ -22,7 +22,7 @@ Retained<NSAlert> alertWithButtons(NSArray *titles)
 /// Presses the window manager's close button of the alert, once the alert has the keyboard.
 bool pressClose()
 {
-    if (!eventually(alertHasTheKeyboard)) {
+    if (!alertKeepsTheKeyboard()) {
         return false;
     }
     pressKey("alt+F4");
@@ -59,7 +59,7 @@ TEST(Alert, IsAnsweredByReturnAndEscape)
         const auto alert = alertWithButtons(@[ @"Remove", @"Cancel" ]);
         EXPECT_EQ(runModalWhile(alert.get(),
                       [key = key] {
-                          if (!eventually(alertHasTheKeyboard)) {
+                          if (!alertKeepsTheKeyboard()) {
                               return false;
                           }
                           pressKey(key);
@@ -76,7 +76,7 @@ TEST(Alert, KeepsItsPlaceAndTheKeyboardWhenTheWindowBehindIsClicked)
     const auto alert = alertWithButtons(@[ @"Remove", @"Cancel" ]);
     std::string uppermost;
     runModalWhile(alert.get(), [&] {
-        if (!eventually(alertHasTheKeyboard)) {
+        if (!alertKeepsTheKeyboard()) {
             return false;
         }
         // A corner that the alert, in the middle of the screen, leaves free.
@@ -130,7 +130,7 @@ TEST(MainWindow, DoesNotCloseBehindAnAlert)
     const TestWindow shown;
     const auto alert = alertWithButtons(@[ @"Remove", @"Cancel" ]);
     runModalWhile(alert.get(), [] {
-        if (!eventually(alertHasTheKeyboard)) {
+        if (!alertKeepsTheKeyboard()) {
             return false;
         }
         run({ "xdotool", "search", "--name", "^Test window$", "windowquit" });

@@ -69,3 +69,7 @@ std::string alertTitle();
 
 /// Whether an alert has the keyboard.
 bool alertHasTheKeyboard();
+
+/// Waits until an alert has the keyboard for good: a busy window manager may still be moving it. To be called from a
+/// thread that doesn't handle events. Returns whether it has.
+bool alertKeepsTheKeyboard();

@@ -148,3 +148,12 @@ bool alertHasTheKeyboard()
 {
     return focusedTitle() == alertTitle() + "\n";
 }
+
+bool alertKeepsTheKeyboard()
+{
+    if (!eventually(alertHasTheKeyboard)) {
+        return false;
+    }
+    letManagerFinish();
+    return eventually(alertHasTheKeyboard);
+}
