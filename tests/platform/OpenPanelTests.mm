@@ -39,6 +39,10 @@ struct AskingPanel : testing::Test {
     /// Types a path and Return into the panel when it has the keyboard.
     bool type(const std::string &path)
     {
+        if (!eventually([this] { return hasTheKeyboard(); })) {
+            return false;
+        }
+        letManagerFinish(); // A busy one may still be moving the keyboard.
         return eventually([this] { return hasTheKeyboard(); }) &&
             run({ "xdotool", "type", "--delay", "20", path }).status == 0 &&
             run({ "xdotool", "key", "Return" }).status == 0;
