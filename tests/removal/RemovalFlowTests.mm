@@ -114,6 +114,11 @@ protected:
     void installLicence() { write(licence(), "the licence"); }
     void scan() { [controller.get() updateDetectionStatus]; }
     void remove() { [controller.get() removeQuorlen3:nil]; }
+    void removeWithoutRestart()
+    {
+        AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
+        remove();
+    }
     void override() { [controller.get() overrideRemoveQuorlen3:nil]; }
 
     /// Expects that a run ends as a failure whose log line shows this error, whatever its cause was.
@@ -311,9 +316,8 @@ TEST_F(RemovalFlow, OverrideWithTheProductInstalledStillSaysNotDetectedAndCleans
 TEST_F(RemovalFlow, GoesOnWithoutALicence)
 {
     installSomethingSmall();
-    AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
 
-    remove();
+    removeWithoutRestart();
 
     EXPECT_FALSE(fs::exists(locations()[10]));
     EXPECT_EQ(newLines(),
@@ -326,9 +330,8 @@ TEST_F(RemovalFlow, GoesOnWhenTheBackupFails)
 {
     const Archiver failing("fails");
     installLicence();
-    AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
 
-    remove();
+    removeWithoutRestart();
 
     EXPECT_FALSE(fs::exists(licence()));
     EXPECT_EQ(newLines(),
@@ -341,9 +344,8 @@ TEST_F(RemovalFlow, GoesOnWhenTheBackupIsSkipped)
 {
     const Archiver missing("missing");
     installLicence();
-    AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
 
-    remove();
+    removeWithoutRestart();
 
     EXPECT_FALSE(fs::exists(licence()));
     ASSERT_EQ(newLines().size(), 6u);
