@@ -4,7 +4,7 @@
 /// Everything runs on the main thread; no method may be called from another.
 #pragma once
 
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 #include <memory>
 

@@ -26,7 +26,7 @@
 
 - (void)applicationWillTerminate:(NSNotification *)notification
 {
-    if ([self modifierMonitor] == nil) {
+    if (![self modifierMonitor]) {
         return;
     }
     [NSEvent removeMonitor:[self modifierMonitor]];
@@ -40,18 +40,18 @@
 
 - (void)dealloc
 {
-    // The handler of a monitor that outlives the controller must find nobody from here on.
+    // The handler of a monitor that outlives the controller must find no controller from here on.
     _liveness.reset();
 
     // In the reverse of the declared order.
-    letGo(_modifierMonitor);
-    letGo(_lastBackupPath);
-    letGo(_logView);
-    letGo(_restoreLicenseButton);
-    letGo(_overrideButton);
-    letGo(_removeButton);
-    letGo(_statusLabel);
-    letGo(_window);
+    releaseAndClear(_modifierMonitor);
+    releaseAndClear(_lastBackupPath);
+    releaseAndClear(_logView);
+    releaseAndClear(_restoreLicenseButton);
+    releaseAndClear(_overrideButton);
+    releaseAndClear(_removeButton);
+    releaseAndClear(_statusLabel);
+    releaseAndClear(_window);
     [super dealloc];
 }
 

@@ -24,7 +24,7 @@ HOME = pathlib.Path(ANN.pw_dir)
 BENCH = BUILD / "bench"
 TOOL = BUILD / "Quorlen 3 Removal Tool.app/Quorlen 3 Removal Tool"
 BARE = BENCH / "BareWindow.app/BareWindow"
-FURNISHED = BENCH / "FurnishedWindow.app/FurnishedWindow"
+FURNISHED = BENCH / "PopulatedWindow.app/PopulatedWindow"
 IDLE_SECONDS = 5 if QUICK else 30
 
 

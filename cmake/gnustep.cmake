@@ -22,9 +22,9 @@ cmake_path(GET objc_header PARENT_PATH objc_folder)
 cmake_path(GET objc_folder PARENT_PATH gcc_include_folder)
 
 add_library(gnustep-flags INTERFACE)
-target_link_libraries(gnustep-flags INTERFACE own-code ${link_flags} X11)
+target_link_libraries(gnustep-flags INTERFACE project-options ${link_flags} X11)
 target_compile_options(gnustep-flags INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${compile_flags};-fobjc-runtime=gcc;-fblocks>")
 target_include_directories(gnustep-flags SYSTEM INTERFACE /usr/include/GNUstep "${gcc_include_folder}")
-target_include_directories(gnustep-flags INTERFACE "${PROJECT_SOURCE_DIR}/platform/gnustep")
+target_include_directories(gnustep-flags INTERFACE "${PROJECT_SOURCE_DIR}/platform/gnustep/include")
 # The GNU runtime's metadata is all pointers: as plain relocations they were a third of the executable.
 target_link_options(gnustep-flags INTERFACE -Wl,-z,pack-relative-relocs)

@@ -24,16 +24,15 @@ DetectionReport detectionReport(std::size_t presentLocations, bool licencePresen
         report.statusLine = u"Quorlen 3 detected. " + count + u" related item(s) found.";
         report.logLines = { u"Detected " + count + u" Quorlen 3 item(s)." };
     } else {
-        report.statusLine = notDetectedText;
+        report.statusLine = u"Quorlen 3 was not detected.";
         report.logLines = {
             u"No Quorlen 3 files detected in the standard locations.",
             u"Removal is disabled. Hold Shift to show Override Cleanup if Vendrel Support directs you to proceed.",
         };
     }
     if (licencePresent) {
-        report.statusLine += u' ';
-        report.statusLine += licenceDetectedText;
-        report.logLines.emplace_back(licenceDetectedText);
+        report.statusLine += u" License detected.";
+        report.logLines.emplace_back(u"License detected.");
     }
     return report;
 }

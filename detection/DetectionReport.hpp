@@ -3,16 +3,9 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
 
-/// The status line's first sentence when nothing was found, and the message of the alert that then stands in a
-/// removal's way.
-inline constexpr std::u16string_view notDetectedText = u"Quorlen 3 was not detected.";
-/// Logged when the licence file exists: by a scan, and before it is backed up. Ends the status line too.
-inline constexpr std::u16string_view licenceDetectedText = u"License detected.";
-
-/// The words for one scan.
+/// The texts for one scan.
 struct DetectionReport {
     /// Replaces the window's status line.
     std::u16string statusLine;
@@ -20,7 +13,7 @@ struct DetectionReport {
     std::vector<std::u16string> logLines;
 };
 
-/// Words a scan.
+/// Makes the texts for one scan.
 /// @param presentLocations How many of the known locations exist; none means that the product is not detected.
 /// @param licencePresent Whether the licence file exists.
 [[nodiscard]] DetectionReport detectionReport(std::size_t presentLocations, bool licencePresent);

@@ -2,8 +2,6 @@
 
 #import "platform/Retained.hpp"
 
-NSString *const unknownErrorText = @"unknown error";
-
 int runArchiver(NSArray<NSString *> *arguments)
 {
     const auto task = adopt([[NSTask alloc] init]);

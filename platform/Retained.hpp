@@ -1,14 +1,14 @@
-/// Ownership of platform objects, told by the type.
+/// Ownership of platform objects, expressed by the type.
 ///
-/// Memory is managed by retain and release on every platform (Debian's Objective-C runtime has no ARC), and these are
-/// the only places of the product where either is written.
+/// Memory is managed by retain and release on every platform, because Debian's Objective-C runtime has no ARC. The
+/// product writes neither message anywhere else.
 #pragma once
 
-#import "platform/Cocoa.h"
+#import <Foundation/Foundation.h>
 
 #include <utility>
 
-/// Owns one reference to a platform object, or none, and lets it go when it is destroyed. `T` is the object type
+/// Owns one reference to a platform object, or none, and releases it when it is destroyed. `T` is the object type
 /// without its asterisk.
 template <typename T> class Retained
 {
@@ -26,7 +26,7 @@ public:
 
     /// Takes over the reference that an `alloc`/`init`, `copy` or `mutableCopy` handed out; nil is allowed.
     [[nodiscard]] static Retained adopting(T *object) { return Retained(object); }
-    /// Takes a reference of its own to an object that somebody else owns; nil is allowed.
+    /// Takes a reference of its own to an object that another owner holds; nil is allowed.
     [[nodiscard]] static Retained sharing(T *object) { return Retained([object retain]); }
 
     /// The object, or nil. It stays owned here.
@@ -46,8 +46,8 @@ template <typename T> [[nodiscard]] Retained<T> adopt(T *object)
     return Retained<T>::adopting(object);
 }
 
-/// Lets go of the reference that an instance variable holds and empties the variable.
-template <typename T> void letGo(T *&reference)
+/// Releases the object that an instance variable holds and sets the variable to nil.
+template <typename T> void releaseAndClear(T *&reference)
 {
     [std::exchange(reference, nil) release];
 }

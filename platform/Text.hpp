@@ -2,7 +2,7 @@
 /// string passes unchanged, lone surrogates included.
 #pragma once
 
-#import "platform/Cocoa.h"
+#import <Foundation/Foundation.h>
 
 #include <string>
 #include <string_view>

@@ -1,7 +1,7 @@
-/// Runs a shell text as the superuser through the platform's script runner.
+/// Runs a shell text as root through the platform's script runner.
 #pragma once
 
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 /// How a privileged run ended.
 struct PrivilegedOutcome {

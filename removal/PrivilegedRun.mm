@@ -2,18 +2,16 @@
 
 #import "platform/Retained.hpp"
 #import "platform/Text.hpp"
-#include "removal/Quoting.hpp"
+#include "removal/PrivilegedStatement.hpp"
 
 PrivilegedOutcome runWithAdministratorPrivileges(NSString *literal)
 {
     NSString *statement = nsString(privilegedStatement(utf16(literal)));
     const auto script = adopt([[NSAppleScript alloc] initWithSource:statement]);
     NSDictionary *error = nil;
-    if ([script.get() executeAndReturnError:&error] != nil) {
+    if ([script.get() executeAndReturnError:&error]) {
         return { true, nil };
     }
-    return
-    {
-        false, [error ?: @{ } description]
-    };
+    NSDictionary *record = error ?: @ {};
+    return { false, [record description] };
 }

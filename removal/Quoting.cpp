@@ -35,10 +35,3 @@ std::u16string appleScriptQuoted(std::u16string_view text)
     }
     return literal += u'"';
 }
-
-std::u16string privilegedStatement(std::u16string_view literal)
-{
-    std::u16string statement = u"do shell script ";
-    statement += literal;
-    return statement += u" with administrator privileges";
-}

@@ -1,4 +1,4 @@
-/// Makes text safe on its way to the superuser's shell. Plain C++ on UTF-16 code units; nothing here can fail.
+/// Makes text safe on its way to root's shell. Plain C++ on UTF-16 code units; nothing here can fail.
 ///
 /// The quotings nest: a path is shell-quoted into the cleanup script, and the whole script is quoted for AppleScript,
 /// whose reader undoes exactly these three escapes, so that the shell receives the script unit for unit.
@@ -14,8 +14,3 @@
 /// The text as one double-quoted AppleScript string literal, quotes included: backslash, double quote and line feed are
 /// escaped, everything else passes unchanged.
 [[nodiscard]] std::u16string appleScriptQuoted(std::u16string_view text);
-
-/// The AppleScript statement that runs a shell text as the superuser, after the system has asked for an administrator's
-/// name and password.
-/// @param literal The shell text as an AppleScript string literal, quotes included.
-[[nodiscard]] std::u16string privilegedStatement(std::u16string_view literal);

@@ -2,7 +2,7 @@
 /// platform's.
 #pragma once
 
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 /// Shows a modal alert and waits until it is dismissed.
 /// @param message The message text; not nil.

@@ -34,15 +34,14 @@ inline constexpr std::u16string_view iconImage = u"icon_removal_2024";
 /// Shown when the application has no image named `iconImage`.
 inline constexpr std::u16string_view fallbackIconImage = u"icon_2024";
 
-inline constexpr Frame typeface { 154, 332, 330, 52 };
-inline constexpr std::u16string_view typefaceImage = u"quorlen-typeface_1024";
+inline constexpr Frame wordmark { 154, 332, 330, 52 };
+inline constexpr std::u16string_view wordmarkImage = u"quorlen-typeface_1024";
 
 inline constexpr Frame title { 154, 296, 360, 28 };
 inline constexpr double titleFontSize = 20;
 
 inline constexpr Frame description { 36, 248, 488, 32 };
 inline constexpr double descriptionFontSize = 14;
-/// Also what the confirmation of an ordinary removal says.
 inline constexpr std::u16string_view descriptionText =
     u"This tool removes Quorlen 3 and related support files from this Mac.";
 

@@ -1,5 +1,5 @@
 // Leaks an object of the platform's on purpose: the leak check must find it, with its line.
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 int main()
 {

@@ -1,5 +1,6 @@
 // AppleScript quoting: whatever the text, the statement's reader reads it back, unit for unit.
-#include "platform/gnustep/StatementReader.hpp"
+#include "platform/gnustep/missing/ShellStatementParser.hpp"
+#include "removal/PrivilegedStatement.hpp"
 #include "removal/Quoting.hpp"
 #include "tests/fuzz/FuzzedText.hpp"
 
@@ -8,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t cou
     const auto text = textFromBytes(bytes, count);
     const auto literal = appleScriptQuoted(text);
     expect(literal.find(u'\n') == literal.npos, "a literal is one line");
-    const auto read = readStatement(privilegedStatement(literal));
+    const auto read = parseShellStatement(privilegedStatement(literal));
     const auto *understood = std::get_if<std::u16string>(&read);
     expect(understood != nullptr, "the statement is understood");
     expect(*understood == text, "the statement's reader reads the text back");

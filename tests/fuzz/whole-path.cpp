@@ -1,7 +1,8 @@
 // The whole way of a removal's text: home directory, script, statement, reader, and the bytes that the shell gets.
 #include "detection/KnownLocations.hpp"
-#include "platform/gnustep/StatementReader.hpp"
+#include "platform/gnustep/missing/ShellStatementParser.hpp"
 #include "removal/CleanupScript.hpp"
+#include "removal/PrivilegedStatement.hpp"
 #include "removal/Quoting.hpp"
 #include "tests/fuzz/FuzzedText.hpp"
 #include "tests/fuzz/Shell.hpp"
@@ -55,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t cou
 {
     const auto home = textFromBytes(bytes, count);
     const auto script = cleanupScript(home);
-    const auto read = readStatement(privilegedStatement(appleScriptQuoted(script)));
+    const auto read = parseShellStatement(privilegedStatement(appleScriptQuoted(script)));
     const auto *received = std::get_if<std::u16string>(&read);
     expect(received && *received == script, "the reader hands on the script as it was built");
 

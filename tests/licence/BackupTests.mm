@@ -3,8 +3,8 @@
 #import "app/AppDelegate+ActivityLog.h"
 #import "tests/licence/ExceptionWithoutReason.h"
 #import "tests/support/PlatformFolders.hpp"
-#import "tests/support/Replaced.hpp"
 #import "tests/support/RoomTest.hpp"
+#import "tests/support/SwizzledMethod.hpp"
 
 namespace fs = std::filesystem;
 

@@ -4,8 +4,8 @@
 #import "licence/AppDelegate+LicenceBackup.h"
 #import "tests/licence/ExceptionWithoutReason.h"
 #import "tests/support/AlertAnswers.hpp"
-#import "tests/support/Replaced.hpp"
 #import "tests/support/RoomTest.hpp"
+#import "tests/support/SwizzledMethod.hpp"
 
 namespace fs = std::filesystem;
 
@@ -225,8 +225,9 @@ TEST_F(Restore, CancellingThePanelLeavesNoTrace)
 
 TEST_F(Restore, APanelThatNamesNoFileLeavesNoTrace)
 {
-    const Replaced run([NSOpenPanel class], @selector(runModal), +[](id, SEL) { return NSInteger(NSModalResponseOK); });
-    const Replaced url([NSOpenPanel class], @selector(URL), +[](id, SEL) { return id(); });
+    const SwizzledMethod run(
+        [NSOpenPanel class], @selector(runModal), +[](id, SEL) { return NSInteger(NSModalResponseOK); });
+    const SwizzledMethod url([NSOpenPanel class], @selector(URL), +[](id, SEL) { return id(); });
     write(licence(), "the old licence");
     const AlertAnswers noAlerts({});
 
@@ -287,9 +288,10 @@ TEST_F(Restore, OnlyReplaceReplacesWhateverOtherCodeTheAlertReturns)
 {
     static NSInteger code;
     static NSURL *chosen;
-    const Replaced run([NSOpenPanel class], @selector(runModal), +[](id, SEL) { return NSInteger(NSModalResponseOK); });
-    const Replaced url([NSOpenPanel class], @selector(URL), +[](id, SEL) { return chosen; });
-    const Replaced alert([NSAlert class], @selector(runModal), +[](id, SEL) { return code; });
+    const SwizzledMethod run(
+        [NSOpenPanel class], @selector(runModal), +[](id, SEL) { return NSInteger(NSModalResponseOK); });
+    const SwizzledMethod url([NSOpenPanel class], @selector(URL), +[](id, SEL) { return chosen; });
+    const SwizzledMethod alert([NSAlert class], @selector(runModal), +[](id, SEL) { return code; });
     makeZip(archive, { { ".licence", "the new licence" } });
     chosen = [NSURL fileURLWithPath:ns(archive)];
     write(licence(), "the old licence");
@@ -471,7 +473,7 @@ TEST_F(Restore, WhoseCopyFailsHasLostTheOldLicenceAndSaysWhy)
 
 TEST_F(Restore, WhoseCopyFailsWithoutAnErrorSaysUnknownError)
 {
-    const Replaced copy(
+    const SwizzledMethod copy(
         [NSFileManager class], @selector(copyItemAtPath:toPath:error:),
         +[](id, SEL, NSString *, NSString *, NSError **) { return BOOL(NO); });
     makeZip(archive, { { ".licence", "the licence" } });
@@ -577,10 +579,10 @@ TEST_F(Restore, SimpleAlertShowsNothingForATextThatIsMissing)
 {
     static Strings shown;
     shown.clear();
-    const Replaced message(
+    const SwizzledMethod message(
         [NSAlert class], @selector(setMessageText:),
         +[](id, SEL, NSString *text) { shown.push_back(text == nil ? "nil" : utf8(text)); });
-    const Replaced information(
+    const SwizzledMethod information(
         [NSAlert class], @selector(setInformativeText:),
         +[](id, SEL, NSString *text) { shown.push_back(text == nil ? "nil" : utf8(text)); });
     AlertAnswers answers({ "OK" });

@@ -1,6 +1,6 @@
 /// What the platform's interface is known to be, for the compiler to check wherever the Mac app is built: on Debian
 /// against platform/macos/interface/, on a Mac against its own SDK. The methods' types are in interface-facts.txt.
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 #include <cstddef>
 #include <type_traits>

@@ -1,7 +1,7 @@
-#import "platform/Cocoa.h"
 #import "platform/Retained.hpp"
 #import "tests/platform/TestWindow.hpp"
 #import "tests/support/Stage.hpp"
+#import <Cocoa/Cocoa.h>
 
 #import <GNUstepGUI/GSTheme.h>
 
@@ -185,39 +185,4 @@ TEST(ToolTip, ShowsItsLastWord)
         [view.get() performSelector:@selector(setText:) withObject:nil]; // It keeps its text when it goes.
         [view.get() removeFromSuperview];
     }
-}
-
-/// Counts its drawings.
-@interface CountingView : NSView {
-@public
-    int drawings;
-}
-@end
-
-@implementation CountingView
-
-- (void)drawRect:(NSRect)rectangle
-{
-    ++drawings;
-}
-
-@end
-
-TEST(HiddenView, LeavesItsNeighboursUndrawn)
-{
-    ShownButton shown;
-    NSWindow *window = shown.shown.window();
-    const auto neighbour = adopt([[CountingView alloc] initWithFrame:NSMakeRect(80, 200, 20, 20)]);
-    [[window contentView] addSubview:neighbour.get()];
-    const NSPoint inside = NSMakePoint(100, 118); // of the button, in the content view
-    EXPECT_EQ(lightness(pixel([window contentView], inside)), 1);
-    const int drawings = neighbour.get()->drawings;
-    for (const bool hidden : { true, false }) {
-        [shown.button.get() setHidden:hidden];
-        [window displayIfNeeded];
-        EXPECT_EQ(neighbour.get()->drawings, drawings);
-    }
-    EXPECT_EQ(lightness(pixel([window contentView], inside)), 1);
-    [shown.button.get() setHidden:YES];
-    EXPECT_NEAR(lightness(pixel([window contentView], inside)), 0.925, 0.01);
 }

@@ -1,7 +1,7 @@
-#import "platform/Cocoa.h"
 #import "platform/Retained.hpp"
 #import "tests/platform/TestWindow.hpp"
 #import "tests/support/Stage.hpp"
+#import <Cocoa/Cocoa.h>
 
 #include <gtest/gtest.h>
 

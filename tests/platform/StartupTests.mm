@@ -1,5 +1,5 @@
-#import "platform/Cocoa.h"
 #import "tests/support/Stage.hpp"
+#import <Cocoa/Cocoa.h>
 
 #include <gtest/gtest.h>
 

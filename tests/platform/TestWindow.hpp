@@ -1,7 +1,7 @@
 /// A window on the screen, and real keys and presses from outside.
 #pragma once
 
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 #include <functional>
 #include <string>

@@ -1,6 +1,6 @@
-#import "platform/Cocoa.h"
 #import "platform/Retained.hpp"
 #import "tests/support/Stage.hpp"
+#import <Cocoa/Cocoa.h>
 
 #include <gtest/gtest.h>
 

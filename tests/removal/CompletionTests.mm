@@ -4,8 +4,8 @@
 #import "removal/AppDelegate+RemovalFlow.h"
 #import "tests/support/AlertAnswers.hpp"
 #import "tests/support/PlatformFolders.hpp"
-#import "tests/support/Replaced.hpp"
 #import "tests/support/RoomTest.hpp"
+#import "tests/support/SwizzledMethod.hpp"
 
 namespace fs = std::filesystem;
 

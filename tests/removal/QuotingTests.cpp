@@ -1,5 +1,6 @@
-#include "platform/gnustep/StatementReader.hpp"
+#include "platform/gnustep/missing/ShellStatementParser.hpp"
 #include "removal/CleanupScript.hpp"
+#include "removal/PrivilegedStatement.hpp"
 #include "removal/Quoting.hpp"
 #include "tests/removal/RandomText.hpp"
 
@@ -112,7 +113,7 @@ std::optional<std::u16string> readLiteral(std::u16string_view literal)
 /// The shell text in a privileged statement as the platform's script runner reads it.
 std::u16string readByTheRunner(const std::u16string &statement)
 {
-    const auto read = readStatement(statement);
+    const auto read = parseShellStatement(statement);
     EXPECT_TRUE(std::holds_alternative<std::u16string>(read)) << bytes(statement);
     return std::holds_alternative<std::u16string>(read) ? std::get<std::u16string>(read) : u"";
 }

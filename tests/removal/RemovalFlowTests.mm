@@ -7,8 +7,8 @@
 #import "removal/AppDelegate+CleanupScript.h"
 #import "removal/AppDelegate+Completion.h"
 #import "tests/support/AlertAnswers.hpp"
-#import "tests/support/Replaced.hpp"
 #import "tests/support/RoomTest.hpp"
+#import "tests/support/SwizzledMethod.hpp"
 
 namespace fs = std::filesystem;
 
@@ -272,7 +272,7 @@ TEST_F(RemovalFlow, CancellingTheConfirmationLeavesNoTrace)
 TEST_F(RemovalFlow, OnlyTheFirstButtonGoesOnWhateverOtherCodeAnAlertReturns)
 {
     static NSInteger code;
-    const Replaced alert([NSAlert class], @selector(runModal), +[](id, SEL) { return code; });
+    const SwizzledMethod alert([NSAlert class], @selector(runModal), +[](id, SEL) { return code; });
     installLicence();
 
     for (const NSInteger other : { 1001, 1002, 999, 1, 0, -1, -1000, -1001 }) {
@@ -370,7 +370,7 @@ TEST_F(RemovalFlow, ADismissedPromptIsAFailureLikeARefusal)
 
 TEST_F(RemovalFlow, AShellThatEndsBadlyIsAFailureLikeARefusal)
 {
-    const Replaced script(
+    const SwizzledMethod script(
         [AppDelegate class], @selector(cleanupShellScript),
         +[](id, SEL) { return @"echo the words of the shell >&2; exit 3"; });
     expectFailedRun("{");

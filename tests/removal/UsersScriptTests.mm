@@ -2,7 +2,7 @@
 
 #import "removal/AppDelegate+CleanupScript.h"
 
-#include "platform/gnustep/PrivilegedShell.hpp"
+#include "platform/gnustep/missing/PrivilegedShell.hpp"
 #import "platform/Text.hpp"
 #include "removal/CleanupScript.hpp"
 #include "removal/Quoting.hpp"
@@ -89,7 +89,7 @@ TEST_F(UsersScript, WhereNothingIsInstalledDeletesNothingPrintsNoErrorAndSucceed
 
     const auto end = runAsSuperuser(script());
 
-    EXPECT_EQ(end.outcome, PrivilegedRun::Outcome::Succeeded);
+    EXPECT_EQ(end.outcome, ShellResult::Outcome::Succeeded);
     EXPECT_EQ(end.code, 0);
     EXPECT_EQ(end.error, "");
     EXPECT_EQ(inventory(), before);

@@ -3,7 +3,7 @@
 // and clang's "Objective-C Automatic Reference Counting" (runtime support) document.
 #include "Slice.hpp"
 
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 #include <cxxabi.h>
 #include <dlfcn.h>

@@ -91,22 +91,22 @@ class MutantsTest(unittest.TestCase):
 
     def test_root_class_without_isa(self):
         mutant = with_other_declaration("isa", "objc/NSObject.h", "    Class isa;\n", "",
-                                        "app/AppDelegate.mm", "ui/OverrideReveal.mm")
+                                        "app/AppDelegate.mm", "ui/AppDelegate+OverrideReveal.mm")
         self.noticed_by_loader(mutant, "AppDelegate's _window is at 0 for the compiler, at 8 for the runtime")
 
     def test_coordinates_of_another_type(self):
         mutant = with_other_declaration("coordinates", "Foundation/NSGeometry.h",
-                                        "typedef double CGFloat;", "typedef float CGFloat;", "ui/MainWindow.mm")
+                                        "typedef double CGFloat;", "typedef float CGFloat;", "ui/AppDelegate+MainWindow.mm")
         # Its views are nowhere to be found, or it doesn't come that far.
         self.noticed_by_journey(mutant, LOOK, "in vain: the window shows the first detection|the tool has ended")
 
     def test_shift_as_another_bit(self):
-        mutant = with_other_declaration("shift", "AppKit/NSEvent.h", "1 << 17", "1 << 18", "ui/OverrideReveal.mm")
+        mutant = with_other_declaration("shift", "AppKit/NSEvent.h", "1 << 17", "1 << 18", "ui/AppDelegate+OverrideReveal.mm")
         self.noticed_by_journey(mutant, SHIFT, "the removal buttons")
 
     def test_desktop_as_another_folder(self):
         mutant = with_other_declaration("desktop", "Foundation/NSPathUtilities.h",
-                                        "NSDesktopDirectory = 12", "NSDesktopDirectory = 9", "app/DesktopFiles.mm")
+                                        "NSDesktopDirectory = 12", "NSDesktopDirectory = 9", "app/OutputFiles.mm")
         self.noticed_by_journey(mutant, REMOVAL, "License backup")
 
     def test_empty_exception_table(self):

@@ -1,7 +1,7 @@
 /// Answers the modal panels that the code under test opens, by pressing their real buttons while they run.
 #pragma once
 
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 #include <functional>
 #include <iosfwd>

@@ -1,7 +1,7 @@
 #import "tests/support/PlatformFolders.hpp"
 
-#import "platform/Cocoa.h"
 #import "tests/support/Stage.hpp"
+#import <Cocoa/Cocoa.h>
 
 #include <dlfcn.h>
 #include <optional>

@@ -1,7 +1,7 @@
 /// Hands for staging: text conversion, files, commands, and the practice Mac's own staging verbs.
 #pragma once
 
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 #include <filesystem>
 #include <functional>

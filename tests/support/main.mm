@@ -1,6 +1,6 @@
 // The entry of every test program: a real application object, and an autorelease pool around each test.
 
-#import "platform/Cocoa.h"
+#import <Cocoa/Cocoa.h>
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,0 @@
-#import "platform/gnustep/WindowRestoration.h"
-
-@implementation NSWindow (Restoration)
-
-- (void)setRestorable:(BOOL)restorable
-{
-}
-
-@end

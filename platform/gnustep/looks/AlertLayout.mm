@@ -1,0 +1,106 @@
+// GNUstep lays out alerts unlike a Mac: this file puts the icon beside the texts and the first button rightmost.
+// It is unnecessary when GNUstep's alerts look so by themselves.
+#import <AppKit/AppKit.h>
+
+#import "platform/gnustep/looks/ButtonMetrics.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+// The methods below replace GNUstep's.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+namespace
+{
+
+constexpr CGFloat leastWidth = 460;
+constexpr CGFloat margin = 20;
+constexpr CGFloat iconSide = 64;
+constexpr CGFloat textLeft = margin + iconSide + margin;
+constexpr CGFloat textWidth = leastWidth - textLeft - margin;
+constexpr CGFloat textGap = 8;
+constexpr CGFloat buttonGap = 12;
+
+/// Sets a text's font and returns the height that it then takes when it is broken into lines.
+CGFloat wrappedHeight(NSTextField *text, NSFont *font)
+{
+    if ([[text stringValue] length] == 0) {
+        return 0;
+    }
+    [text setFont:font];
+    [text setAlignment:NSLeftTextAlignment];
+    [text setDrawsBackground:NO];
+    [[text cell] setLineBreakMode:NSLineBreakByWordWrapping];
+    const NSSize room = [[text cell] titleRectForBounds:NSMakeRect(0, 0, textWidth, 10000)].size;
+    const NSRect used = [[text attributedStringValue] boundingRectWithSize:room
+                                                                   options:NSStringDrawingUsesLineFragmentOrigin];
+    return std::ceil(NSHeight(used)) + 2;
+}
+
+void place(NSView *view, NSRect frame)
+{
+    [view setAutoresizingMask:NSViewNotSizable];
+    [view setFrame:frame];
+}
+
+}
+
+/// The window of GNUstep's alerts; no header of GNUstep's declares it.
+@interface GSAlertPanel : NSPanel
+@end
+
+@implementation GSAlertPanel (AlertLayout)
+
+/// The buttons in the order in which they were added.
+- (NSArray *)addedButtons
+{
+    NSMutableArray *buttons = [NSMutableArray array];
+    for (NSString *key in @[ @"defButton", @"altButton", @"othButton" ]) {
+        NSButton *button = [self valueForKey:key];
+        if ([button superview]) {
+            [buttons addObject:button];
+        }
+    }
+    return buttons;
+}
+
+/// Lays the alert out once its texts and buttons are set: as on a Mac, with the icon beside the texts and the buttons
+/// below, the first one rightmost. The window has the program's name.
+- (void)sizePanelToFit
+{
+    CGFloat right = -margin; // From the window's right edge, which depends on the buttons.
+    NSArray *buttons = [self addedButtons];
+    for (NSButton *button in buttons) {
+        [button setImagePosition:NSNoImage];
+        const CGFloat buttonWidth = pushButtonWidth(button);
+        place(button, NSMakeRect(right - buttonWidth, margin, buttonWidth, pushButtonHeight));
+        right -= buttonWidth + buttonGap;
+    }
+    const CGFloat width = std::max(leastWidth, margin - buttonGap - right);
+    for (NSButton *button in buttons) {
+        [button setFrameOrigin:NSMakePoint(width + NSMinX([button frame]), margin)];
+    }
+
+    NSTextField *message = [self valueForKey:@"titleField"];
+    NSTextField *informative = [self valueForKey:@"messageField"];
+    const CGFloat messageHeight = wrappedHeight(message, [NSFont boldSystemFontOfSize:13]);
+    const CGFloat informativeHeight = wrappedHeight(informative, [NSFont systemFontOfSize:12]);
+    const CGFloat bodyHeight = std::max(iconSide, messageHeight + textGap + informativeHeight);
+    const CGFloat top = margin + pushButtonHeight + margin + bodyHeight;
+    NSButton *icon = [self valueForKey:@"icoButton"];
+    [[icon cell] setImageScaling:NSImageScaleProportionallyUpOrDown];
+    place(icon, NSMakeRect(margin, top - iconSide, iconSide, iconSide));
+    place(message, NSMakeRect(textLeft, top - messageHeight, textWidth, messageHeight));
+    place(informative,
+        NSMakeRect(textLeft, top - messageHeight - textGap - informativeHeight, textWidth, informativeHeight));
+
+    for (NSView *view in [[self contentView] subviews]) {
+        if ([view isKindOfClass:[NSBox class]]) {
+            [view setHidden:YES]; // GNUstep's line between the texts
+        }
+    }
+    [self setContentSize:NSMakeSize(width, top + margin)];
+    [self setTitle:[[NSProcessInfo processInfo] processName]];
+}
+
+@end

@@ -1,0 +1,82 @@
+/// Faults and moments that no staging brings the platform to.
+#pragma once
+
+#import <Cocoa/Cocoa.h>
+
+#import "platform/Retained.hpp"
+#import "tests/support/Stage.hpp"
+
+#import <objc/runtime.h>
+
+#include <gtest/gtest.h>
+
+/// Stands in the place of a method while it lives.
+class SwizzledMethod
+{
+public:
+    /// @param type The class that answers the message; for a class method, its metaclass.
+    /// @param selector The method.
+    /// @param function What answers instead: it takes the receiver and the selector before the method's own arguments.
+    template <typename Function>
+    SwizzledMethod(Class type, SEL selector, Function *function) :
+        _method(class_getInstanceMethod(type, selector)),
+        _original(method_setImplementation(_method, reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(function))))
+    {
+        EXPECT_NE(_method, nullptr) << "the platform has no such method: " << sel_getName(selector);
+    }
+    ~SwizzledMethod() { method_setImplementation(_method, _original); }
+    SwizzledMethod(const SwizzledMethod &) = delete;
+    SwizzledMethod &operator=(const SwizzledMethod &) = delete;
+
+private:
+    const Method _method;
+    const IMP _original;
+};
+
+/// While it lives, the current moment is the one it was given. One at a time.
+class StoppedClock
+{
+public:
+    /// @param seconds Since the turn of 2026-11-15, local time.
+    explicit StoppedClock(int seconds) { moveTo(seconds); }
+
+    /// Goes to another second.
+    void moveTo(int seconds)
+    {
+        std::tm midnight {};
+        midnight.tm_year = 2026 - 1900;
+        midnight.tm_mon = 11 - 1;
+        midnight.tm_mday = 15;
+        midnight.tm_isdst = -1;
+        _now = static_cast<double>(std::mktime(&midnight)) + seconds;
+    }
+
+private:
+    inline static double _now;
+    const SwizzledMethod _date
+    {
+        object_getClass([NSDate class]), @selector(date),
+            +[](id, SEL) { return [NSDate dateWithTimeIntervalSince1970:_now]; }
+    };
+};
+
+/// While it lives, no script object can be made; what the last one should have run is kept. One at a time.
+class NoScripts
+{
+public:
+    NoScripts() { _source.clear(); }
+    /// The source of the last script that was asked for.
+    [[nodiscard]] static const std::string &source() { return _source; }
+
+private:
+    inline static std::string _source;
+    const Retained<NSAppleScript> _anyScript = adopt([[NSAppleScript alloc] initWithSource:@""]);
+    const SwizzledMethod _maker
+    {
+        [_anyScript.get() class], @selector(initWithSource:), +[](id script, SEL, NSString *text) {
+            _source = utf8(text);
+            [script release];
+            return id();
+        }
+    };
+};
