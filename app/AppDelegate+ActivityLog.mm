@@ -3,7 +3,7 @@
 namespace
 {
 NSString *const fallbackVersion = @"1.0";
-/// The updated date stands here alone. It belongs to the version that CMakeLists.txt names.
+/// Belongs to the version in CMakeLists.txt: change both together.
 NSString *const updatedDate = @"2026.06.14";
 }
 

@@ -1,7 +1,7 @@
-/// The controller: the one class of the tool. It owns the window, the controls that change and the tool's small state;
-/// each room adds its operations as a category with a header of its own.
+/// The controller, which is the only class of the tool. It owns the window, the controls that change, and the tool's
+/// small state. Each folder adds its operations as a category with its own header.
 ///
-/// Everything runs on the main thread; no method may be called from another.
+/// Everything runs on the main thread. Do not call a method from another thread.
 #pragma once
 
 #import <Cocoa/Cocoa.h>
@@ -18,7 +18,7 @@
     NSString *_lastBackupPath;
     BOOL _quorlenDetected;
     id _modifierMonitor;
-    // Points to the controller while it lives; the monitor's handler holds it weakly (Debian's runtime has no __weak).
+    // Points to the controller while it lives. The monitor's handler holds it weakly: Debian's runtime has no __weak.
     std::shared_ptr<AppDelegate *> _liveness;
 }
 
@@ -26,19 +26,19 @@
 @property (nonatomic, strong) NSWindow *window;
 /// The line that says what the latest scan found.
 @property (nonatomic, strong) NSTextField *statusLabel;
-/// "Remove Quorlen 3": enabled by each scan, shown unless the override takes its place.
+/// "Remove Quorlen 3". Each scan enables or disables it. It is hidden while the override button is shown.
 @property (nonatomic, strong) NSButton *removeButton;
-/// "Override Cleanup": lies over the remove button, shown while Shift is held and nothing is detected.
+/// "Override Cleanup". It has the remove button's frame and is shown while Shift is held and nothing is detected.
 @property (nonatomic, strong) NSButton *overrideButton;
 /// "Restore License".
 @property (nonatomic, strong) NSButton *restoreLicenseButton;
-/// Shows the activity log; its text is the log's only store.
+/// Shows the activity log. The view's text is the log's only store.
 @property (nonatomic, strong) NSTextView *logView;
-/// The path of the newest licence archive of this run; nil before the first. Bookkeeping: nothing reads it back.
+/// The path of the newest licence archive of this run, or nil before the first. Nothing reads it back.
 @property (nonatomic, copy) NSString *lastBackupPath;
 /// Whether the latest scan found anything of the product.
 @property (nonatomic) BOOL quorlenDetected;
-/// The token of the installed event monitor; nil when none is.
+/// The token of the installed event monitor, or nil.
 @property (nonatomic, strong) id modifierMonitor;
 
 @end

@@ -5,7 +5,7 @@ int main(int argc, const char *argv[])
 {
     @autoreleasepool {
         const auto application = Retained<NSApplication>::sharing([NSApplication sharedApplication]);
-        // The application's own reference to its delegate is weak: this is the only strong one.
+        // The application holds its delegate weakly, so this is the only strong reference.
         const auto controller = adopt([[AppDelegate alloc] init]);
         [application.get() setDelegate:controller.get()];
         return NSApplicationMain(argc, argv);

@@ -1,13 +1,13 @@
-/// The one place where the tool decides whether the product is present.
+/// Decides whether the product is present, and shows the result.
 #pragma once
 
 #import "app/AppDelegate.h"
 
 @interface AppDelegate (DetectionStatus)
 
-/// Scans the disk and makes the result known: sets `quorlenDetected`, enables the remove button exactly when something
-/// was found, replaces the status line, appends the scan's lines to the activity log and brings the two removal buttons
-/// up to date. An absent view is skipped; nothing can fail.
+/// Scans the disk. Sets `quorlenDetected`, enables the remove button if something was found and disables it otherwise,
+/// replaces the status line, appends the scan's lines to the activity log, and updates which of the two removal buttons
+/// is shown. A nil view is skipped. It cannot fail.
 - (void)updateDetectionStatus;
 
 @end

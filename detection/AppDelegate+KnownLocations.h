@@ -1,5 +1,5 @@
-/// The product's known locations and the tests that tell which of them exist. Nothing is cached: each call asks the
-/// disk afresh, and shows and logs nothing.
+/// The product's known locations, and which of them exist. Every call reads the disk again; nothing is cached, shown or
+/// logged.
 #pragma once
 
 #import "app/AppDelegate.h"
@@ -13,12 +13,11 @@
 /// The absolute path of the product's licence file, whether it exists or not; never nil.
 - (NSString *)licensePath;
 
-/// Whether anything, file or folder, exists at the licence path. A link to nothing counts as absent, and so does what
-/// can't be reached.
+/// Whether a file or folder exists at the licence path. A dangling link and an unreachable path count as absent.
 - (BOOL)licenseExists;
 
-/// The known locations that exist now, in their fixed order; empty when there are none, never nil. Files and folders
-/// are not told apart; a link to nothing counts as absent, and so does what can't be reached.
+/// The known locations at which a file or folder exists now, in their fixed order; empty if there is none, never nil. A
+/// dangling link and an unreachable path count as absent.
 - (NSArray<NSString *> *)existingQuorlenPaths;
 
 @end

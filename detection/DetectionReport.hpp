@@ -1,4 +1,4 @@
-/// What a scan of the disk says: the status line and the log lines. Plain C++.
+/// The texts for the result of a scan: the status line and the log lines. Plain C++.
 #pragma once
 
 #include <cstddef>
@@ -14,6 +14,6 @@ struct DetectionReport {
 };
 
 /// Makes the texts for one scan.
-/// @param presentLocations How many of the known locations exist; none means that the product is not detected.
+/// @param presentLocations How many of the known locations exist; 0 means that the product is not detected.
 /// @param licencePresent Whether the licence file exists.
 [[nodiscard]] DetectionReport detectionReport(std::size_t presentLocations, bool licencePresent);

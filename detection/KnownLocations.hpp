@@ -1,7 +1,6 @@
-/// Where the removed product keeps its files. Plain C++; the order is part of the design: present items are listed and
-/// counted in it.
+/// Where the removed product keeps its files. Plain C++. The order is fixed: a scan lists the locations in it.
 ///
-/// The cleanup script holds a list of its own; removal/CleanupScript.cpp lets nothing compile while the two differ.
+/// The cleanup script has its own list. A static_assert in removal/CleanupScript.cpp fails when the two lists differ.
 #pragma once
 
 #include <array>
@@ -18,7 +17,7 @@ inline constexpr std::array<std::u16string_view, 3> absolute {
     u"/Library/PrivilegedHelperTools/com.vendrel.QuorlenDaemon",
 };
 
-/// The user's own, relative to the home directory. They follow the absolute ones.
+/// Relative to the home directory. They come after the absolute ones.
 inline constexpr std::array<std::u16string_view, 8> homeRelative {
     u"Library/Application Support/Quorlen", // holds the licence file
     u"Library/Application Support/com.vendrel.QuorlenAgent",
@@ -33,7 +32,7 @@ inline constexpr std::array<std::u16string_view, 8> homeRelative {
 /// The licence file's name, in its own place and in every backup.
 inline constexpr std::u16string_view licenceFileName = u".licence";
 
-/// The licence file, relative to the home directory. It is no known location itself; it lies inside the fourth.
+/// The licence file, relative to the home directory. It lies inside the fourth location and is not a location itself.
 inline constexpr std::u16string_view licenceFile = u"Library/Application Support/Quorlen/.licence";
 static_assert(licenceFile.starts_with(homeRelative[0]) && licenceFile.ends_with(licenceFileName));
 

@@ -26,7 +26,7 @@
     NSString *stagedLicence = [staging stringByAppendingPathComponent:nsString(known_locations::licenceFileName)];
     NSString *archive = [desktop stringByAppendingPathComponent:[name stringByAppendingString:@".zip"]];
     @try {
-        // A folder or copy that fails surfaces as the archiver's failure.
+        // If one of these fails, the archiver finds no file and fails.
         [fileManager createDirectoryAtPath:staging withIntermediateDirectories:YES attributes:nil error:nullptr];
         [fileManager copyItemAtPath:licence toPath:stagedLicence error:nullptr];
         // Without a Desktop folder the archive's path is nil, and the literal raises.
@@ -39,7 +39,7 @@
         }
         [fileManager removeItemAtPath:staging error:nullptr];
     } @catch (NSException *exception) {
-        // The staged copy stays: with no archive it may be the last one.
+        // The staging folder stays: it may hold the only copy of the licence.
         NSString *reason = failureReason([exception reason]);
         [self appendLog:[NSString stringWithFormat:@"License backup skipped: %@", reason]];
     }

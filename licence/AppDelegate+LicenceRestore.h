@@ -5,16 +5,15 @@
 
 @interface AppDelegate (LicenceRestore)
 
-/// The restore button's action: lets the user choose a zip archive, asks before an existing licence file is replaced,
-/// restores, tells the outcome in the log and an alert, and scans the disk again. A panel or a question that is
-/// cancelled leaves no trace. Every failure shows the same alert; the log tells them apart.
+/// The restore button's action. Lets the user choose a zip archive, asks before it replaces an existing licence file,
+/// restores, reports the outcome in the log and an alert, and scans the disk again. If the user cancels the panel or
+/// the question, nothing happens and nothing is logged. Every failure shows the same alert; the log has the cause.
 /// @param sender Ignored.
 - (void)restoreLicense:(id)sender;
 
-/// Unpacks an archive into a temporary folder and copies the first entry named ".licence" to its destination, whatever
-/// the entry's kind. What exists at the destination is removed before the copy, and only once an entry was found. The
-/// temporary folder is gone when this returns. Failures of the copy and exceptions are logged; an archiver that failed
-/// and an archive without the entry are not.
+/// Unpacks an archive into a temporary folder and copies the first entry named ".licence", file or folder, to the
+/// destination. Once it has found the entry, it removes what exists at the destination; then it copies. It always
+/// removes the temporary folder. It logs a failed copy and an exception, but not a failed archiver or a missing entry.
 /// @param archive The archive's absolute path; not nil.
 /// @param destination The licence file's absolute path; not nil. Its folder is made when missing.
 /// @return Whether the copy succeeded.

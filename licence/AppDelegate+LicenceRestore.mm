@@ -13,7 +13,7 @@
 namespace
 {
 
-/// Lets the user choose a backup archive; nil when the panel was cancelled or names nothing.
+/// Lets the user choose a backup archive. Nil if the user cancels the panel or it has no URL.
 NSURL *chooseBackup()
 {
     NSOpenPanel *panel = [NSOpenPanel openPanel];
@@ -78,7 +78,7 @@ bool confirmReplacement()
                withIntermediateDirectories:YES
                                 attributes:nil
                                      error:nullptr];
-        // The old file goes before the new one comes. Should the copy fail, the archive still has the licence.
+        // Copying onto an existing file fails. If the copy fails now, the archive still has the licence.
         if ([fileManager fileExistsAtPath:destination]) {
             [fileManager removeItemAtPath:destination error:nullptr];
         }

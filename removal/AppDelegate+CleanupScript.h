@@ -11,7 +11,7 @@
 
 /// The text as one single-quoted /bin/sh word.
 /// @param text Any text; not nil.
-/// @return Not nil, but on Debian for half a surrogate pair (platform/Text.hpp), which no path there can hold.
+/// @return Not nil; on Debian nil for half a surrogate pair (platform/Text.hpp), which no path there can hold.
 - (NSString *)shellQuotedString:(NSString *)text;
 
 /// The text as one double-quoted AppleScript string literal, quotes included.

@@ -5,17 +5,17 @@
 
 @interface AppDelegate (Completion)
 
-/// Writes the whole activity log to a new file on the Desktop, named for the current second, in UTF-8 without a
-/// byte-order mark and atomically; a file of that name is replaced. A failure is silent.
+/// Writes the whole activity log to a file on the Desktop, named for the current second, atomically and in UTF-8
+/// without a byte-order mark. Replaces a file of that name. A failure is neither logged nor shown.
 - (void)writeRemovalLogToDesktop;
 
-/// Tells the outcome of a removal in a modal alert and returns when it is dismissed. After success it offers a restart,
-/// which may end the tool.
+/// Shows the outcome of a removal in a modal alert and returns when the user has closed it. After success it offers a
+/// restart, which ends the tool if it is granted.
 /// @param success Whether the cleanup script ran.
 - (void)showCompletionWithSuccess:(BOOL)success;
 
-/// Has the machine restart a second from now, with administrator rights, and quits the tool. When the rights are
-/// refused or the request fails otherwise, that is logged and the tool stays open.
+/// Requests a restart of the Mac one second from now, with administrator rights, logs it and quits the tool. If the
+/// request fails, or the user refuses the rights, logs that and returns.
 - (void)restartNow;
 
 @end

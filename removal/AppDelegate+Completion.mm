@@ -8,8 +8,8 @@
 
 namespace
 {
-/// Restarts after a second, which is the tool's time to quit. Detached and silent, so that the privileged call that
-/// starts it returns at once.
+/// Restarts after a second, so that the tool can quit first. It is detached and silent, so that the privileged call
+/// that starts it returns at once.
 NSString *const restartCommand = @"/bin/sh -c '/bin/sleep 1; /sbin/shutdown -r now' >/dev/null 2>&1 &";
 }
 

@@ -1,4 +1,4 @@
-/// The removal as the user lives it, from the button to the fresh scan that ends it.
+/// The removal, from the press of the button to the scan that ends it.
 #pragma once
 
 #import "app/AppDelegate.h"
@@ -9,18 +9,18 @@
 /// @param sender Ignored.
 - (void)removeQuorlen3:(id)sender;
 
-/// The override button's action: the same cleanup though nothing was detected.
+/// The override button's action: the same cleanup when nothing was detected.
 /// @param sender Ignored.
 - (void)overrideRemoveQuorlen3:(id)sender;
 
-/// Runs one removal and blocks until it has ended.
+/// Runs one removal and returns when it has ended.
 ///
-/// An ordinary removal that finds nothing on disk says so in an alert, scans again and ends. Otherwise the user
-/// confirms; then the licence file is backed up, the cleanup script runs with administrator rights, the outcome is
-/// logged and shown, and the disk is scanned again. Only after success the log is written to the Desktop and a restart
-/// is offered. A failed backup doesn't stop the removal; a refused administrator prompt is an ordinary failure,
-/// reported in the log and in the completion alert. "Cancel" in the confirmation leaves no trace.
-/// @param override Whether to go on when nothing is found, with the override's own texts.
+/// An ordinary removal that finds nothing on disk shows an alert, scans again and ends. Otherwise this asks the user to
+/// confirm, backs up the licence file, runs the cleanup script with administrator rights, logs and shows the outcome,
+/// and scans the disk again. After a success it also writes the log to the Desktop and offers a restart. A failed
+/// backup does not stop the removal. A refused administrator prompt is a failure like any other. If the user cancels
+/// the confirmation, nothing happens and nothing is logged.
+/// @param override Whether to continue when nothing is found, and to show the override's texts.
 - (void)beginRemovalWithOverride:(BOOL)override;
 
 @end

@@ -41,7 +41,7 @@ bool confirmOverride()
 
 - (void)beginRemovalWithOverride:(BOOL)override
 {
-    // The disk decides at the moment of the click, not what the latest scan found.
+    // A fresh scan decides, not the result of the last one.
     const bool present = [[self existingQuorlenPaths] count] > 0;
     if (!override && !present) {
         runModalAlert(@"Quorlen 3 was not detected.",
@@ -56,7 +56,7 @@ bool confirmOverride()
     [[self removeButton] setEnabled:NO];
     [[self overrideButton] setEnabled:NO];
     [self appendLog:override ? @"Starting override cleanup..." : @"Starting Quorlen 3 removal..."];
-    // Before the administrator prompt, so that the archive is there even if the user then cancels.
+    // Before the administrator prompt, so that the archive exists even if the user then cancels.
     [self backupLicenceIfPresent];
 
     const auto outcome = runWithAdministratorPrivileges([self appleScriptQuotedString:[self cleanupShellScript]]);

@@ -17,8 +17,8 @@ constexpr std::u16string_view firstLines =
     u"/bin/launchctl remove com.vendrel.QuorlenDaemon 2>/dev/null || true\n"
     u"/usr/bin/pkill -f com.vendrel.QuorlenDaemon 2>/dev/null || true\n";
 
-// The script's own list of what it deletes. It is written out here, where the superuser's commands are, and not taken
-// from the detection's list.
+// The script's own list of what it deletes. It stands here, next to the commands that root runs, and is not taken from
+// the detection's list.
 constexpr std::array<std::u16string_view, 3> absolutePaths {
     u"/Applications/Quorlen.app",
     u"/Library/LaunchDaemons/com.vendrel.QuorlenDaemon.plist",
@@ -37,7 +37,7 @@ constexpr std::array<std::u16string_view, 8> homeRelativePaths {
 };
 
 static_assert(absolutePaths == known_locations::absolute && homeRelativePaths == known_locations::homeRelative,
-    "What is detected and what is deleted are the same places in the same order: change both lists.");
+    "The locations that are detected and deleted differ: change both lists.");
 
 constexpr std::u16string_view lastLines = u"/usr/bin/sfltool resetbtm 2>/dev/null || true\n"
                                           u"exit 0";

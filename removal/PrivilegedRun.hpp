@@ -3,15 +3,15 @@
 
 #import <Cocoa/Cocoa.h>
 
-/// How a privileged run ended.
+/// The outcome of a privileged run.
 struct PrivilegedOutcome {
-    /// Whether the run returned a result. A refused or cancelled administrator prompt is a failure like any other.
+    /// Whether the run returned a result. It is false after a refused or cancelled administrator prompt, too.
     bool succeeded;
-    /// After a failure, the platform's error record as text, or an empty record's where there is none; nil after
+    /// After a failure, the platform's error record as text, or an empty record as text if there is none. Nil after
     /// success.
     NSString *errorText;
 };
 
-/// Asks for administrator rights, runs the text and waits until it has ended or the request was refused.
+/// Asks for administrator rights, runs the text, and returns when it has ended or the rights were refused.
 /// @param literal The shell text as an AppleScript string literal, quotes included; not nil.
 [[nodiscard]] PrivilegedOutcome runWithAdministratorPrivileges(NSString *literal);

@@ -15,8 +15,8 @@ std::u16string shellQuoted(std::u16string_view text)
 
 std::u16string appleScriptQuoted(std::u16string_view text)
 {
-    // One pass escapes each unit of the input once, which is what escaping the backslashes first, then the quotes, then
-    // the line feeds comes to.
+    // One pass escapes each unit once. That equals escaping first the backslashes, then the quotes, then the line
+    // feeds.
     std::u16string literal = u"\"";
     for (const char16_t unit : text) {
         switch (unit) {

@@ -5,9 +5,9 @@
 
 @interface AppDelegate (MainWindow)
 
-/// Builds the window with all its views, keeps those that change in the controller's properties, centres the window and
-/// shows it in front as the key window. Called once, when launching has finished. The log view starts with the version,
-/// the updated date and "Ready.". An image that the application lacks leaves its view empty; nothing else can fail.
+/// Builds the window with all its views, keeps the views that change in the controller's properties, centres the
+/// window, and shows it in front as the key window. Called once, when launching has finished. The log view starts with
+/// the version, the updated date and "Ready.". A missing image leaves its view empty; nothing else can fail.
 - (void)buildWindow;
 
 /// Makes a read-only text label: not editable, not selectable, without bezel or background.

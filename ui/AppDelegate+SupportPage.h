@@ -5,8 +5,8 @@
 
 @interface AppDelegate (SupportPage)
 
-/// Opens the vendor's support page in the user's default web browser. Nothing is logged or shown, whether a browser
-/// took it or not.
+/// Opens the vendor's support page in the user's default web browser. Logs and shows nothing, even when no browser
+/// opens it.
 /// @param sender Ignored.
 - (void)openSupportPage:(id)sender;
 

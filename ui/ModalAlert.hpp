@@ -1,5 +1,5 @@
-/// The modal alerts of the tool: a message, an informative text and buttons in order. Style and icon stay the
-/// platform's.
+/// The modal alerts of the tool: a message, an informative text, and buttons in order. The platform chooses style and
+/// icon.
 #pragma once
 
 #import <Cocoa/Cocoa.h>
@@ -8,6 +8,5 @@
 /// @param message The message text; not nil.
 /// @param informativeText The text below it; not nil.
 /// @param buttons The buttons' titles, the first one being the default button; at least one.
-/// @return Whether the first button was pressed, the only one that ever goes on: false for any other, and for an alert
-///     that ended another way.
+/// @return True if the user pressed the first button; false for every other end of the alert.
 bool runModalAlert(NSString *message, NSString *informativeText, NSArray<NSString *> *buttons);

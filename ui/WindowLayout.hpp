@@ -1,6 +1,6 @@
-/// The window's fixed table: frames, texts, images and sizes. Plain C++; the window is built from it view by view.
+/// The frames, texts, image names and font sizes of the window's views. Plain C++.
 ///
-/// Frames are in points in the content view's coordinates: origin at its bottom left corner, x to the right, y upwards.
+/// Frames are in points, in the content view's coordinates: the origin is the bottom left corner, y points upwards.
 #pragma once
 
 #include <string_view>
@@ -16,7 +16,7 @@ struct Frame {
     double height;
 };
 
-/// A push button's fixed part.
+/// A button's frame and texts.
 struct Button {
     Frame frame;
     std::u16string_view title;
@@ -56,7 +56,7 @@ inline constexpr Button support { { 36, 30, 30, 30 }, u"?", u"Open Vendrel Suppo
 inline constexpr Button restoreLicence { { 78, 28, 132, 36 }, u"Restore License",
     u"Restore a Quorlen 3 license backup" };
 inline constexpr Button remove { { 242, 28, 180, 36 }, u"Remove Quorlen 3", u"" };
-/// Lies over the remove button on purpose: one of the two is visible at a time.
+/// Has the remove button's frame: exactly one of the two is visible at a time.
 inline constexpr Button overrideCleanup { remove.frame, u"Override Cleanup",
     u"Run cleanup even though Quorlen 3 was not detected" };
 inline constexpr Button cancel { { 434, 28, 90, 36 }, u"Cancel", u"" };
