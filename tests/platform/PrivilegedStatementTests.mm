@@ -182,7 +182,7 @@ TEST_F(PrivilegedStatement, IsACompileErrorWhenItIsAnythingElse)
     const Outcome run = runSource(@"do shell script \"rm x\" & y with administrator privileges");
     EXPECT_FALSE(run.succeeded);
     EXPECT_EQ(run.number, -2741);
-    EXPECT_EQ(run.message, "Expected with but found “&”.");
+    EXPECT_EQ(run.message, "The source is not a shell statement with administrator privileges.");
 }
 
 TEST_F(PrivilegedStatement, RefusesATextThatCannotReachTheShellWhole)

@@ -113,9 +113,9 @@ std::optional<std::u16string> readLiteral(std::u16string_view literal)
 /// The shell text in a privileged statement as the platform's script runner reads it.
 std::u16string readByTheRunner(const std::u16string &statement)
 {
-    const auto read = parseShellStatement(statement);
-    EXPECT_TRUE(std::holds_alternative<std::u16string>(read)) << bytes(statement);
-    return std::holds_alternative<std::u16string>(read) ? std::get<std::u16string>(read) : u"";
+    const auto text = parseShellStatement(statement);
+    EXPECT_TRUE(text) << bytes(statement);
+    return text.value_or(u"");
 }
 
 }

@@ -114,17 +114,17 @@ NSDictionary *failureRecord(const ShellResult &run)
 /// The result, or nil and the error record in `failure`.
 - (NSAppleEventDescriptor *)runOrFail:(NSDictionary **)failure
 {
-    const auto statement = parseShellStatement(utf16(_source.get()));
-    if (const auto *error = std::get_if<SyntaxError>(&statement)) {
-        *failure = errorRecord(syntaxErrorNumber, nsString(error->message));
+    const auto text = parseShellStatement(utf16(_source.get()));
+    if (!text) {
+        *failure =
+            errorRecord(syntaxErrorNumber, @"The source is not a shell statement with administrator privileges.");
         return nil;
     }
-    const std::u16string &text = std::get<std::u16string>(statement);
-    if (!canReachTheShell(text)) {
+    if (!canReachTheShell(*text)) {
         *failure = errorRecord(cannotCoerce, @"The command holds a character that no shell can be given.");
         return nil;
     }
-    const ShellResult run = runAsSuperuser([nsString(text) UTF8String]);
+    const ShellResult run = runAsSuperuser([nsString(*text) UTF8String]);
     if (run.outcome != ShellResult::Outcome::Succeeded) {
         *failure = failureRecord(run);
         return nil;
