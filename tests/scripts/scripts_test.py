@@ -1,0 +1,94 @@
+"""Every script has a usage, and refuses a word it doesn't know before it builds, installs or changes anything."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+# A script that starts one of these has begun to work.
+WORKING_TOOLS = ("apt-get", "cmake", "ctest", "clang-format", "clang-format-19", "clang-tidy-19", "ninja", "rsvg-convert",
+                 "optipng", "sudo", "unshare", "xargs")
+
+
+def scripts() -> list[str]:
+    """The commands of the checkout, as paths below its top folder."""
+    found = [f"script/{path.name}" for path in sorted((ROOT / "script").iterdir()) if os.access(path, os.X_OK)]
+    return [*found, ".ci/run"]
+
+
+class ScriptsTest(unittest.TestCase):
+    """Runs each script in a copy of the sources, with tools that only record that they were called."""
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.copy = pathlib.Path(folder.name, "copy")
+        shutil.copytree(ROOT, cls.copy, symlinks=True,
+                        ignore=lambda folder, names: {"build", ".git"} if folder == str(ROOT) else set())
+        cls.tools = pathlib.Path(folder.name, "tools")
+        cls.tools.mkdir()
+        cls.calls = pathlib.Path(folder.name, "calls")
+        for tool in WORKING_TOOLS:
+            recorder = cls.tools / tool
+            recorder.write_text(f'#!/bin/sh\necho "{tool} $*" >>"{cls.calls}"\nexit 1\n')
+            recorder.chmod(0o755)
+
+    def run_script(self, script: str, *words: str) -> subprocess.CompletedProcess[str]:
+        """Runs a script of the copy, from another folder, and checks that it started and changed nothing."""
+        before = self.contents()
+        environment = {**os.environ, "PATH": f"{self.tools}:{os.environ['PATH']}", "PYTHONDONTWRITEBYTECODE": "1"}
+        done = subprocess.run([self.copy / script, *words], cwd="/", env=environment, text=True, timeout=30,
+                              capture_output=True)
+        started = self.calls.read_text() if self.calls.exists() else ""
+        self.calls.unlink(missing_ok=True)
+        self.assertEqual(started, "", f"{script} {' '.join(words)} started something")
+        self.assertEqual(self.contents(), before, f"{script} {' '.join(words)} changed the checkout")
+        return done
+
+    def contents(self) -> list[tuple[str, int]]:
+        """Every path of the copy, with the time of its last change; a new or removed file changes its folder's."""
+        return [(folder, os.lstat(os.path.join(folder, name)).st_mtime_ns)
+                for folder, folders, files in os.walk(self.copy) for name in (*folders, *files)]
+
+    def test_help_prints_the_usage(self) -> None:
+        for script in scripts():
+            with self.subTest(script):
+                done = self.run_script(script, "--help")
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+                self.assertRegex(done.stdout, rf"(?m)^usage: {re.escape(script)}\b")
+                self.assertGreater(len(done.stdout.strip().splitlines()), 2, "the usage says nothing but its line")
+
+    def test_an_unknown_word_is_refused_and_nothing_is_done(self) -> None:
+        for script in scripts():
+            # The folder that script/artwork writes to is a word of any kind.
+            for words in (["--chek"], ["no-such-word"] if script != "script/artwork" else ["folder", "no-such-word"]):
+                with self.subTest(script, words=words):
+                    done = self.run_script(script, *words)
+                    self.assertEqual((done.returncode, done.stdout), (2, ""))
+                    self.assertIn(words[-1], done.stderr)
+                    self.assertIn("usage", done.stderr)
+
+    def test_a_word_too_many_or_a_bad_value_is_refused(self) -> None:
+        for script, *words in (
+                ("script/bootstrap", "run", "no-such-group"), ("script/build", "linux", "more"),
+                ("script/build", "--only"), ("script/build", "--only", "tests"), ("script/test", "-R"),
+                ("script/test", "-R", "x", "no-such-word"), ("script/sanitize", "-L", "x", "--nonsense"),
+                ("script/format", "--check", "more"), ("script/lint", "no/such/file.mm"), ("script/fuzz", "ten"),
+                ("script/fuzz", "10", "no-such-target"), ("script/faults", "1", "none"), ("script/faults", "1", "1", "1")):
+            with self.subTest(script, words=words):
+                self.assertEqual(self.run_script(script, *words).returncode, 2)
+
+    def test_scripts_for_a_mac_use_nothing_that_its_bash_lacks(self) -> None:
+        for script in ("common.sh", "bootstrap", "build", "test", "format", "package"):
+            with self.subTest(script):
+                text = re.sub(r"(?m)#.*", "", (ROOT / "script" / script).read_text())
+                self.assertNotRegex(text, r"\b(mapfile|readarray|coproc|declare -A|local -n)\b|\$\{\w+(,,|\^\^|@)|&>>|\|&")
+
+
+if __name__ == "__main__":
+    unittest.main()
