@@ -9,9 +9,10 @@ import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+LLVM = (ROOT / "script/llvm-version").read_text().strip()
 # A script that starts one of these has begun to work.
-WORKING_TOOLS = ("apt-get", "cmake", "ctest", "clang-format", "clang-format-19", "clang-tidy-19", "ninja", "rsvg-convert",
-                 "optipng", "sudo", "unshare", "xargs")
+WORKING_TOOLS = ("apt-get", "dpkg-query", "sudo", "git", "cmake", "ninja", "ctest", "clang-format", f"clang-format-{LLVM}",
+                 f"clang-tidy-{LLVM}", "rsvg-convert", "optipng", "unshare")
 
 
 def scripts() -> list[str]:
