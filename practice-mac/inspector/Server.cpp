@@ -5,6 +5,7 @@
 #include <cstring>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
@@ -23,8 +24,11 @@ int bound_socket(const std::string &path)
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     unlink(path.c_str());
-    if (fd >= 0 && (bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) || listen(fd, 8))) {
-        const int reason = errno;
+    const mode_t mask = umask(0); // the driver may be a user other than the tool's
+    const bool failed = fd >= 0 && (bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) || listen(fd, 8));
+    const int reason = errno;
+    umask(mask);
+    if (failed) {
         close(fd);
         errno = reason;
         return -1;
