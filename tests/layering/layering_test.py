@@ -50,7 +50,7 @@ def findings(root: pathlib.Path) -> Iterator[str]:
                 if quote == '"' and not may_include(path, included):
                     yield f"{path}:{number}: may not include {included}"
                 if quote == "<" and in_room and included != "Cocoa/Cocoa.h" and not STANDARD_HEADER.fullmatch(included):
-                    yield f"{path}:{number}: a room imports <Cocoa/Cocoa.h> and headers of standard C++, not <{included}>"
+                    yield f"{path}:{number}: a room imports <Cocoa/Cocoa.h> and standard C++, not <{included}>"
             elif in_room and line.lstrip().startswith("@import"):
                 yield f"{path}:{number}: a room imports <Cocoa/Cocoa.h>, not a module"
             elif condition := CONDITION.match(line):

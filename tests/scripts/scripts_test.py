@@ -11,8 +11,8 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 LLVM = (ROOT / "script/llvm-version").read_text().strip()
 # A script that starts one of these has begun to work.
-WORKING_TOOLS = ("apt-get", "dpkg-query", "sudo", "git", "cmake", "ninja", "ctest", "clang-format", f"clang-format-{LLVM}",
-                 f"clang-tidy-{LLVM}", "rsvg-convert", "optipng", "unshare")
+WORKING_TOOLS = ("apt-get", "dpkg-query", "sudo", "git", "cmake", "ninja", "ctest", "clang-format",
+                 f"clang-format-{LLVM}", f"clang-tidy-{LLVM}", "rsvg-convert", "optipng", "unshare")
 
 
 def scripts() -> list[str]:
@@ -80,15 +80,29 @@ class ScriptsTest(unittest.TestCase):
                 ("script/build", "--only"), ("script/build", "--only", "tests"), ("script/test", "-R"),
                 ("script/test", "-R", "x", "no-such-word"), ("script/sanitize", "-L", "x", "--nonsense"),
                 ("script/format", "--check", "more"), ("script/lint", "no/such/file.mm"), ("script/fuzz", "ten"),
-                ("script/fuzz", "10", "no-such-target"), ("script/faults", "1", "none"), ("script/faults", "1", "1", "1")):
+                ("script/fuzz", "10", "no-such-target"), ("script/faults", "1", "none"),
+                ("script/faults", "1", "1", "1")):
             with self.subTest(script, words=words):
                 self.assertEqual(self.run_script(script, *words).returncode, 2)
+
+    def test_what_needs_debian_says_so_on_a_mac_and_does_nothing(self) -> None:
+        uname = self.tools / "uname"
+        uname.write_text("#!/bin/sh\necho Darwin\n")
+        uname.chmod(0o755)
+        self.addCleanup(uname.unlink)
+        for script in ("script/run", "script/test", "script/sanitize", "script/lint", "script/fuzz", "script/faults",
+                       ".ci/run"):
+            with self.subTest(script):
+                done = self.run_script(script)
+                self.assertEqual((done.returncode, done.stdout), (1, ""))
+                self.assertIn("needs Debian", done.stderr)
 
     def test_scripts_for_a_mac_use_nothing_that_its_bash_lacks(self) -> None:
         for script in ("common.sh", "bootstrap", "build", "test", "format", "package"):
             with self.subTest(script):
                 text = re.sub(r"(?m)#.*", "", (ROOT / "script" / script).read_text())
-                self.assertNotRegex(text, r"\b(mapfile|readarray|coproc|declare -A|local -n)\b|\$\{\w+(,,|\^\^|@)|&>>|\|&")
+                self.assertNotRegex(
+                    text, r"\b(mapfile|readarray|coproc|declare -A|local -n)\b|\$\{\w+(,,|\^\^|@)|&>>|\|&")
 
 
 if __name__ == "__main__":

@@ -6,12 +6,12 @@
 
 /// Clang names this as the class of a block that captures nothing. gnustep-base has its sibling for other blocks, but
 /// not this one. No message is ever sent to it.
-// NOLINTBEGIN(bugprone-reserved-identifier): the name is the compiler's.
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the name is the compiler's.
 extern "C" {
 extern void *_NSConcreteGlobalBlock[32];
 void *_NSConcreteGlobalBlock[32] = {};
 }
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)
 
 namespace
 {
