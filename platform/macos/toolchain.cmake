@@ -1,5 +1,5 @@
 # Builds the universal Mac app on Debian: with Debian's clang, linker and libc++ headers, with the platform's interface as
-# interface/ declares it, and with stubs made from stubs/symbols.txt in place of its libraries. On a Mac this file does
+# headers/ declares it, and with stubs made from stubs/symbols.txt in place of its libraries. On a Mac this file does
 # nothing: Apple's toolchain and SDK do all of it.
 if(CMAKE_HOST_SYSTEM_NAME STREQUAL "Darwin")
     return()

@@ -1,5 +1,5 @@
 /// What the platform's interface is known to be, for the compiler to check wherever the Mac app is built: on Debian
-/// against platform/macos/interface/, on a Mac against its own SDK. The methods' types are in interface-facts.txt.
+/// against platform/macos/headers/, on a Mac against its own SDK. The methods' types are in interface-facts.txt.
 #import <Cocoa/Cocoa.h>
 
 #include <cstddef>

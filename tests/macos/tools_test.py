@@ -8,7 +8,7 @@ import unittest
 
 from support import APP, BUILDS, EXECUTABLE, LLVM, PRODUCT, ROOT
 
-SEAL = ROOT / "platform" / "macos" / "seal"
+ADHOC_SIGN = ROOT / "platform" / "macos" / "adhoc-sign"
 COPY = BUILDS[0].parents[1]
 MAKE_STUBS = ROOT / "platform" / "macos" / "make-stubs"
 
@@ -33,7 +33,7 @@ class SealTest(unittest.TestCase):
 
     def refuses(self, reason):
         before = contents(self.app)
-        status, said = run(SEAL, self.app)
+        status, said = run(ADHOC_SIGN, self.app)
         self.assertEqual((status, contents(self.app)), (1, before))
         self.assertIn(reason, said)
         self.assertIn("nothing was changed", said)
@@ -41,14 +41,14 @@ class SealTest(unittest.TestCase):
     def test_sealing_again_mends_the_seal_and_changes_no_other_byte(self):
         before = contents(self.app)
         shutil.rmtree(self.app / "Contents" / "_CodeSignature")
-        self.assertEqual(run(SEAL, self.app), (0, ""))
+        self.assertEqual(run(ADHOC_SIGN, self.app), (0, ""))
         self.assertEqual(contents(self.app), before)
 
         (self.app / "Contents" / "Resources" / "more.txt").write_text("more")
-        self.assertEqual(run(SEAL, self.app), (0, ""))
+        self.assertEqual(run(ADHOC_SIGN, self.app), (0, ""))
         self.assertNotEqual(self.executable.read_bytes(), before[self.executable.relative_to(self.app)])
         (self.app / "Contents" / "Resources" / "more.txt").unlink()
-        self.assertEqual(run(SEAL, self.app), (0, ""))
+        self.assertEqual(run(ADHOC_SIGN, self.app), (0, ""))
         self.assertEqual(contents(self.app), before)
 
     def test_links_are_refused(self):

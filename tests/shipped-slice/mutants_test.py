@@ -13,7 +13,7 @@ import macho
 import person
 
 FOLDER = slices.FOLDER / "mutants"
-INTERFACE = pathlib.Path("platform/macos/interface")
+HEADERS = pathlib.Path("platform/macos/headers")
 LOOK = ("window", "first_look")
 SHIFT = ("override", "shift_reveals_and_caps_lock_does_not")
 REMOVAL = ("removal", "second_thoughts_then_refusal_then_removal")
@@ -23,8 +23,8 @@ person.PATIENCE = 10  # A mutant makes its journey wait in vain. The unchanged s
 
 def copied_interface(name, file, old, new):
     """Copies the declarations of the platform, with one of them changed."""
-    copy = FOLDER / name / "interface"
-    shutil.copytree(slices.PACKAGE / INTERFACE, copy)
+    copy = FOLDER / name / "headers"
+    shutil.copytree(slices.PACKAGE / HEADERS, copy)
     text = (copy / file).read_text()
     assert text.count(old) == 1, f"{file} says {old!r} {text.count(old)} times"
     (copy / file).write_text(text.replace(old, new))
@@ -39,7 +39,7 @@ def built(name, sources=(), interface=None, options=()):
         source = str(path).partition(".dir/")[2].removesuffix(".o")
         if source in sources:
             path = FOLDER / name / f"{pathlib.Path(source).name}.o"
-            slices.compile_for_intel(source, path, replacing=[(slices.PACKAGE / INTERFACE, interface)])
+            slices.compile_for_intel(source, path, replacing=[(slices.PACKAGE / HEADERS, interface)])
         objects.append(path)
     slices.link_for_intel(FOLDER / name / "executable", *options, objects=objects)
     return FOLDER / name / "executable"
@@ -90,22 +90,23 @@ class MutantsTest(unittest.TestCase):
             self.assertIsNone(journey(program, *told), told)
 
     def test_root_class_without_isa(self):
-        mutant = with_other_declaration("isa", "objc/NSObject.h", "    Class isa;\n", "",
+        mutant = with_other_declaration("isa", "objc/objc.h", "    Class isa;\n", "",
                                         "app/AppDelegate.mm", "ui/AppDelegate+OverrideReveal.mm")
         self.noticed_by_loader(mutant, "AppDelegate's _window is at 0 for the compiler, at 8 for the runtime")
 
     def test_coordinates_of_another_type(self):
-        mutant = with_other_declaration("coordinates", "Foundation/NSGeometry.h",
+        mutant = with_other_declaration("coordinates", "Foundation/Foundation.h",
                                         "typedef double CGFloat;", "typedef float CGFloat;", "ui/AppDelegate+MainWindow.mm")
         # Its views are nowhere to be found, or it doesn't come that far.
         self.noticed_by_journey(mutant, LOOK, "in vain: the window shows the first detection|the tool has ended")
 
     def test_shift_as_another_bit(self):
-        mutant = with_other_declaration("shift", "AppKit/NSEvent.h", "1 << 17", "1 << 18", "ui/AppDelegate+OverrideReveal.mm")
+        mutant = with_other_declaration("shift", "AppKit/AppKit.h", "1 << 17", "1 << 18",
+                                        "ui/AppDelegate+OverrideReveal.mm")
         self.noticed_by_journey(mutant, SHIFT, "the removal buttons")
 
     def test_desktop_as_another_folder(self):
-        mutant = with_other_declaration("desktop", "Foundation/NSPathUtilities.h",
+        mutant = with_other_declaration("desktop", "Foundation/Foundation.h",
                                         "NSDesktopDirectory = 12", "NSDesktopDirectory = 9", "app/OutputFiles.mm")
         self.noticed_by_journey(mutant, REMOVAL, "License backup")
 

@@ -27,7 +27,7 @@ def wrapper(name, executable, coverage=None):
     resources.mkdir(parents=True)
     for file in (APP / "Contents/Resources").iterdir():
         (resources / file.name).symlink_to(file)
-    subprocess.run([ROOT / "platform/gnustep/make-info", APP / "Contents/Info.plist", resources / "Info-gnustep.plist"],
+    subprocess.run([ROOT / "platform/gnustep/make-info-plist", APP / "Contents/Info.plist", resources / "Info-gnustep.plist"],
                    check=True)  # As for the native build: GNUstep would take the Mac's icon file for its title bars.
     (application / "Slice").symlink_to(executable)
     if coverage:
