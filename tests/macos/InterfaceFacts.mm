@@ -59,6 +59,8 @@ static_assert(std::is_same_v<NSEventMask, unsigned long long>);
 static_assert((NSEventMaskMouseMoved | NSEventMaskKeyDown | NSEventMaskFlagsChanged) == 0x1420);
 static_assert(std::is_same_v<NSEventModifierFlags, NSUInteger>);
 static_assert(NSEventModifierFlagShift == 0x20000);
+static_assert(NSEventModifierFlagOption == 0x80000);
+static_assert(NSEventModifierFlagCommand == 0x100000);
 
 // The other constants.
 static_assert(NSUTF8StringEncoding == 4);
@@ -68,6 +70,8 @@ static_assert(NSAlertFirstButtonReturn == 1000);
 // The functions and variables.
 static_assert(std::is_same_v<decltype(NSApplicationMain), int(int, const char **)>);
 static_assert(std::is_same_v<decltype(NSApp), __kindof NSApplication *>);
+static_assert(std::is_same_v<NSNotificationName, NSString *>);
+static_assert(std::is_same_v<decltype(NSApplicationWillFinishLaunchingNotification), NSNotificationName>);
 static_assert(std::is_same_v<decltype(NSHomeDirectory), NSString *()>);
 static_assert(std::is_same_v<decltype(NSTemporaryDirectory), NSString *()>);
 static_assert(std::is_same_v<decltype(NSSearchPathForDirectoriesInDomains),

@@ -150,9 +150,9 @@ class ControllerTest(FactTest):
         """Every operation in its category, each category attached to the class, with exactly these types; no others."""
         def fact(data):
             for boolean, controller, objective_c, _ in self.controllers(data):
-                found = {category["name"]: category["methods"] for category in objective_c.categories}
-                self.assertEqual({category["class"] for category in objective_c.categories}, {"AppDelegate"})
-                self.assertEqual(len(found), len(objective_c.categories))
+                categories = [category for category in objective_c.categories if category["class"] == "AppDelegate"]
+                found = {category["name"]: category["methods"] for category in categories}
+                self.assertEqual(len(found), len(categories))
                 found[""] = controller["methods"]
                 types = {category: {selector: types for selector, (types, _) in methods.items()}
                          for category, methods in found.items()}
@@ -161,8 +161,7 @@ class ControllerTest(FactTest):
                                                     for selector, types in methods.items()}
                                          for category, methods in expected.items()})
                 self.assertEqual(controller["class methods"], {})
-                self.assertEqual([category["class methods"] for category in objective_c.categories],
-                                 [{}] * len(objective_c.categories))
+                self.assertEqual([category["class methods"] for category in categories], [{}] * len(categories))
 
         part = self.slices["x86_64"]
         category = part.lists("__objc_catlist")[0]
@@ -170,6 +169,23 @@ class ControllerTest(FactTest):
                    renamed(self.data, b"appendLog:", b"appendIog:"),
                    renamed(self.data, b"v20@0:8c16", b"v20@0:8B16"),
                    self.in_slice("x86_64", part.place(category + 8), bytes(8)))
+
+    def test_menu_bar(self):
+        """The one category of a platform class: it has nothing but the method by which the runtime loads it."""
+        def fact(data):
+            for _, _, objective_c, part in self.controllers(data):
+                category, = (category for category in objective_c.categories if category["class"] != "AppDelegate")
+                self.assertEqual(bindings(data, part.name)[category["address"] + 8][0], "_OBJC_CLASS_$_NSApplication")
+                self.assertEqual(category["methods"], {})
+                self.assertEqual({name: types for name, (types, _) in category["class methods"].items()},
+                                 {"load": "v16@0:8"})
+                self.assertEqual(part.lists("__objc_nlcatlist"), (category["address"],))
+
+        part = self.slices["arm64"]
+        listed = part.sections["__DATA_CONST,__objc_nlcatlist"]
+        self.holds(fact, self.data,
+                   renamed(self.data, b"load", b"Load"),
+                   self.in_slice("arm64", listed.offset, struct.pack("<Q", part.lists("__objc_catlist")[0])))
 
     def test_methods_are_code(self):
         """Each method's address is where a function begins."""

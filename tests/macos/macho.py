@@ -142,6 +142,7 @@ class ObjectiveC:
         for address in part.lists("__objc_catlist"):
             name, target, instance, kind = part.read(address, "4Q")
             self.categories.append({
+                "address": address,
                 "name": part.text(name),
                 "class": next((name for name, known in self.classes.items() if known["address"] == target), None),
                 "methods": methods(part, instance),

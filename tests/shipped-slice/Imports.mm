@@ -111,9 +111,10 @@ std::map<std::string_view, std::uintptr_t> makeBridges()
 
 // Functions and variables that are the same on both systems, down to the layout of what they take. A name alone proves
 // nothing: `stat` is another function on a Mac.
-constexpr std::array<std::string_view, 12> same { "_NSApp", "_NSApplicationMain", "_NSHomeDirectory",
-    "_NSTemporaryDirectory", "_NSSearchPathForDirectoriesInDomains", "__NSConcreteGlobalBlock",
-    "__NSConcreteStackBlock", "__Unwind_Resume", "___stack_chk_fail", "_memcpy", "_memmove", "_puts" };
+constexpr std::array<std::string_view, 13> same { "_NSApp", "_NSApplicationMain",
+    "_NSApplicationWillFinishLaunchingNotification", "_NSHomeDirectory", "_NSTemporaryDirectory",
+    "_NSSearchPathForDirectoriesInDomains", "__NSConcreteGlobalBlock", "__NSConcreteStackBlock", "__Unwind_Resume",
+    "___stack_chk_fail", "_memcpy", "_memmove", "_puts" };
 
 }
 

@@ -99,9 +99,9 @@ void addClass(const Image &image, const ClassRecord *record)
 void connectMetadata(const Image &image)
 {
     // Protocols and properties are for asking about classes; here nobody asks.
-    constexpr std::array<std::string_view, 11> known { "__objc_methname", "__objc_classrefs", "__objc_superrefs",
-        "__objc_selrefs", "__objc_classlist", "__objc_catlist", "__objc_const", "__objc_data", "__objc_ivar",
-        "__objc_imageinfo", "__objc_protolist" };
+    constexpr std::array<std::string_view, 12> known { "__objc_methname", "__objc_classrefs", "__objc_superrefs",
+        "__objc_selrefs", "__objc_classlist", "__objc_catlist", "__objc_nlcatlist", "__objc_const", "__objc_data",
+        "__objc_ivar", "__objc_imageinfo", "__objc_protolist" };
     for (const auto &[name, content] : image.sections) {
         if (name.starts_with("__objc_") && !std::ranges::count(known, name)) {
             refuse("the slice has Objective-C metadata in " + name + ", which is not known");
@@ -127,6 +127,18 @@ void connectMetadata(const Image &image)
     for (const auto name : { "__objc_classrefs", "__objc_superrefs" }) {
         for (auto &reference : image.section<const void *>(name)) {
             reference = classOf(image, reference);
+        }
+    }
+}
+
+void callLoadMethods(const Image &image)
+{
+    for (const auto *category : image.section<const CategoryRecord *>("__objc_nlcatlist")) {
+        for (const auto &method : category->classMethods->entriesOf(category->classMethods)) {
+            const SEL selector = sel_registerName(method.name);
+            if (sel_isEqual(selector, @selector(load))) {
+                method.implementation(classOf(image, category->extended), selector);
+            }
         }
     }
 }

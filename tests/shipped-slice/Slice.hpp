@@ -43,5 +43,7 @@ struct Image {
 void registerFrames(const Image &image);
 /// Makes the slice's classes and categories known to the Objective-C runtime, and the runtime's to the slice.
 void connectMetadata(const Image &image);
+/// Sends the categories of the slice their `load`, as the runtime of a Mac does before main().
+void callLoadMethods(const Image &image);
 /// Has the byte of each function in a file turn to 1 when the function is first entered. No file, no record.
 void recordCoverage(const Image &image, const std::string &path);

@@ -25,6 +25,8 @@ typedef NS_OPTIONS(unsigned long long, NSEventMask) {
 
 typedef NS_OPTIONS(NSUInteger, NSEventModifierFlags) {
     NSEventModifierFlagShift = 1 << 17,
+    NSEventModifierFlagOption = 1 << 19,
+    NSEventModifierFlagCommand = 1 << 20,
 };
 
 @interface NSEvent : NSObject
@@ -79,6 +81,22 @@ typedef NS_ENUM(NSUInteger, NSBezelStyle) {
 @interface NSResponder : NSObject
 @end
 
+// NSMenu.h
+@class NSMenuItem;
+
+@interface NSMenu : NSObject
+- (instancetype)initWithTitle:(NSString *)title;
+- (NSMenuItem *)addItemWithTitle:(NSString *)string action:(nullable SEL)selector keyEquivalent:(NSString *)charCode;
+- (void)addItem:(NSMenuItem *)newItem;
+@end
+
+// NSMenuItem.h
+@interface NSMenuItem : NSObject
+@property (nullable, strong) NSMenu *submenu;
+@property NSEventModifierFlags keyEquivalentModifierMask;
++ (NSMenuItem *)separatorItem;
+@end
+
 // NSApplication.h
 @protocol NSApplicationDelegate;
 
@@ -86,7 +104,15 @@ typedef NS_ENUM(NSUInteger, NSBezelStyle) {
 @property (class, readonly, strong) __kindof NSApplication *sharedApplication;
 @property (nullable, weak) id<NSApplicationDelegate> delegate;
 
+@property (nullable, strong) NSMenu *mainMenu;
+- (void)hide:(nullable id)sender;
+- (void)hideOtherApplications:(nullable id)sender;
+- (void)unhideAllApplications:(nullable id)sender;
 - (void)terminate:(nullable id)sender;
+@end
+
+@interface NSApplication (NSStandardAboutPanel)
+- (void)orderFrontStandardAboutPanel:(nullable id)sender;
 @end
 
 APPKIT_EXTERN __kindof NSApplication *_Null_unspecified NSApp;
@@ -97,6 +123,8 @@ APPKIT_EXTERN __kindof NSApplication *_Null_unspecified NSApp;
 - (void)applicationDidFinishLaunching:(NSNotification *)notification;
 - (void)applicationWillTerminate:(NSNotification *)notification;
 @end
+
+APPKIT_EXTERN NSNotificationName NSApplicationWillFinishLaunchingNotification;
 
 APPKIT_EXTERN int NSApplicationMain(int argc, const char *_Nonnull argv[_Nonnull]);
 
@@ -124,6 +152,10 @@ typedef NS_ENUM(NSInteger, NSTextAlignment) {
 @property (nullable, strong) NSFont *font;
 
 - (void)scrollRangeToVisible:(NSRange)range;
+- (void)copy:(nullable id)sender;
+- (void)cut:(nullable id)sender;
+- (void)paste:(nullable id)sender;
+- (void)selectAll:(nullable id)sender;
 @end
 
 // NSTextView.h
@@ -194,6 +226,9 @@ static const NSModalResponse NSModalResponseOK API_AVAILABLE(macos(10.9)) = 1;
 
 - (void)center;
 - (void)makeKeyAndOrderFront:(nullable id)sender;
+- (void)performClose:(nullable id)sender;
+- (void)performMiniaturize:(nullable id)sender;
+- (void)performZoom:(nullable id)sender;
 @end
 
 // From NSWindowRestoration.h.

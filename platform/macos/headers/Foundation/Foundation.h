@@ -225,7 +225,25 @@ typedef NSString *NSFileAttributeKey;
 @end
 
 // NSNotification.h
+@class NSOperationQueue;
+
+typedef NSString *NSNotificationName;
+
 @interface NSNotification : NSObject
+@end
+
+@interface NSNotificationCenter : NSObject
+@property (class, readonly, strong) NSNotificationCenter *defaultCenter;
+- (id<NSObject>)addObserverForName:(nullable NSNotificationName)name
+                            object:(nullable id)obj
+                             queue:(nullable NSOperationQueue *)queue
+                        usingBlock:(void (^)(NSNotification *note))block API_AVAILABLE(macos(10.6));
+@end
+
+// NSProcessInfo.h
+@interface NSProcessInfo : NSObject
+@property (class, readonly, strong) NSProcessInfo *processInfo;
+@property (copy) NSString *processName;
 @end
 
 // NSTask.h

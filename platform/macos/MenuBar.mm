@@ -1,0 +1,88 @@
+/// Gives the Mac app its menu bar, and with it ⌘Q, ⌘W, ⌘M and ⌘H, ⌘C and ⌘A in the log, and ⌘V in the open panel. The
+/// rooms do not know of it: they work the same without a menu bar.
+#import "platform/Retained.hpp"
+
+#include <initializer_list>
+
+// A misspelt selector would make an item that is always disabled.
+#pragma clang diagnostic error "-Wundeclared-selector"
+
+namespace
+{
+
+constexpr auto CommandKey = NSEventModifierFlagCommand;
+constexpr auto CommandAndOptionKeys = CommandKey | NSEventModifierFlagOption;
+
+/// An item of a menu. It has no target: AppKit sends the action to the first object that takes it, from the one that
+/// has the keyboard to the application, and disables the item while there is none.
+struct Item {
+    NSString *title; // nil in a separator
+    SEL action = nullptr;
+    NSString *key = @"";
+    NSEventModifierFlags modifiers = CommandKey;
+};
+
+void addMenu(NSMenu *menuBar, NSString *title, std::initializer_list<Item> items)
+{
+    const auto menu = adopt([[NSMenu alloc] initWithTitle:title]);
+    for (const auto &item : items) {
+        if (item.title) {
+            NSMenuItem *added = [menu.get() addItemWithTitle:item.title action:item.action keyEquivalent:item.key];
+            [added setKeyEquivalentModifierMask:item.modifiers];
+        } else {
+            [menu.get() addItem:[NSMenuItem separatorItem]];
+        }
+    }
+    [[menuBar addItemWithTitle:title action:nil keyEquivalent:@""] setSubmenu:menu.get()];
+}
+
+void setUpMenuBar()
+{
+    NSString *app = [[NSProcessInfo processInfo] processName];
+    const Item separator { nil };
+    const auto menuBar = adopt([[NSMenu alloc] initWithTitle:@""]);
+    addMenu(menuBar.get(), app,
+        {
+            { [@"About " stringByAppendingString:app], @selector(orderFrontStandardAboutPanel:) },
+            separator,
+            { [@"Hide " stringByAppendingString:app], @selector(hide:), @"h" },
+            { @"Hide Others", @selector(hideOtherApplications:), @"h", CommandAndOptionKeys },
+            { @"Show All", @selector(unhideAllApplications:) },
+            separator,
+            { [@"Quit " stringByAppendingString:app], @selector(terminate:), @"q" },
+        });
+    addMenu(menuBar.get(), @"Edit",
+        {
+            { @"Cut", @selector(cut:), @"x" },
+            { @"Copy", @selector(copy:), @"c" },
+            { @"Paste", @selector(paste:), @"v" },
+            { @"Select All", @selector(selectAll:), @"a" },
+        });
+    addMenu(menuBar.get(), @"Window",
+        {
+            { @"Minimize", @selector(performMiniaturize:), @"m" },
+            { @"Zoom", @selector(performZoom:) },
+            { @"Close", @selector(performClose:), @"w" },
+        });
+    [NSApp setMainMenu:menuBar.get()];
+}
+
+}
+
+@interface NSApplication (MenuBar)
+@end
+
+@implementation NSApplication (MenuBar)
+
+/// The runtime calls this before main(). By then Foundation is loaded and initialized, and no application object
+/// exists. The notification center keeps the observer until the process ends. A block and not this class observes,
+/// since the center would initialize the class early to refer to it weakly.
++ (void)load
+{
+    [[NSNotificationCenter defaultCenter] addObserverForName:NSApplicationWillFinishLaunchingNotification
+                                                      object:nil
+                                                       queue:nil
+                                                  usingBlock:^(NSNotification *) { setUpMenuBar(); }];
+}
+
+@end
