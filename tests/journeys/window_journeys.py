@@ -1,7 +1,14 @@
 """The window as such: what it shows first, its support page, and its end."""
 
-from person import PracticeMac, like, same, true
+import re
+
+from person import ROOT, PracticeMac, like, same, true
 from phrases import *
+
+
+def project_version():
+    """The version that the project states."""
+    return re.search(r"^project\(.*VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
 
 
 def journey_first_look():
@@ -10,7 +17,7 @@ def journey_first_look():
         same(tool.status(), "Quorlen 3 detected. 3 related item(s) found. License detected.", "the status line")
         same(tool.log().splitlines()[1:], ["updated: 2026.06.14", "Ready.", "Detected 3 Quorlen 3 item(s).",
                                            "License detected."], "the log after its first line")
-        true(like(tool.log().splitlines()[0], "version: …"), "the log's first line tells the version")
+        same(tool.log().splitlines()[0], f"version: {project_version()}", "the log's first line")
         same(tool.buttons(), CAN_REMOVE, "the buttons")
         for text in ("Quorlen 3 Removal Tool", "This tool removes Quorlen 3 and related support files from this Mac.",
                      "?", "Restore License", "Cancel"):

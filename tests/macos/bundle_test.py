@@ -20,6 +20,31 @@ FILES = {
     *(f"Resources/{name}{suffix}.png" for name in PICTURES for suffix in ("", "@2x")),
 }
 
+# The rules that codesign writes for an application: which files the seal covers, for systems before 10.9 and since.
+RULES = {
+    "^Resources/": True,
+    "^Resources/.*\\.lproj/": {"optional": True, "weight": 1000.0},
+    "^Resources/.*\\.lproj/locversion.plist$": {"omit": True, "weight": 1100.0},
+    "^Resources/Base\\.lproj/": {"weight": 1010.0},
+    "^version.plist$": True,
+}
+RULES2 = {
+    ".*\\.dSYM($|/)": {"weight": 11.0},
+    "^(.*/)?\\.DS_Store$": {"omit": True, "weight": 2000.0},
+    "^(Frameworks|SharedFrameworks|PlugIns|Plug-ins|XPCServices|Helpers|MacOS|Library/(Automator|Spotlight|LoginItems))/":
+        {"nested": True, "weight": 10.0},
+    "^.*": True,
+    "^Info\\.plist$": {"omit": True, "weight": 20.0},
+    "^PkgInfo$": {"omit": True, "weight": 20.0},
+    "^Resources/": {"weight": 20.0},
+    "^Resources/.*\\.lproj/": {"optional": True, "weight": 1000.0},
+    "^Resources/.*\\.lproj/locversion.plist$": {"omit": True, "weight": 1100.0},
+    "^Resources/Base\\.lproj/": {"weight": 1010.0},
+    "^[^/]+$": {"nested": True, "weight": 10.0},
+    "^embedded\\.provisionprofile$": {"weight": 20.0},
+    "^version\\.plist$": {"weight": 20.0},
+}
+
 
 def package(build):
     """Returns the one zip of a build folder."""
@@ -52,7 +77,7 @@ class BundleTest(FactTest):
                    {name: data for name, data in self.files.items() if name != ICON})
 
     def test_information(self):
-        """Keys and types of Info.plist; the version is the project's."""
+        """Info.plist has these keys and no others, none of GNUstep's for one; the version is the project's."""
         version = re.search(r"^project\(.*VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
         expected = {
             "CFBundleDevelopmentRegion": "en",
@@ -67,23 +92,26 @@ class BundleTest(FactTest):
             "LSApplicationCategoryType": "public.app-category.utilities",
             "LSMinimumSystemVersion": "10.13",
             "LSMinimumSystemVersionByArchitecture": {"x86_64": "10.13", "arm64": "11.0"},
+            "NSDesktopFolderUsageDescription":
+                "The tool saves a backup of your license and a log of the removal to your Desktop. "
+                "You can choose a backup there to restore your license.",
             "NSHighResolutionCapable": True,
+            "NSHumanReadableCopyright": "Copyright © 2026 Vendrel. All rights reserved.",
             "NSPrincipalClass": "NSApplication",
         }
 
         def fact(files):
             info = plistlib.loads(files["Info.plist"])
-            self.assertEqual({key: info.get(key) for key in expected}, expected)
+            self.assertEqual(info, expected)
             self.assertIs(info["NSHighResolutionCapable"], True)
-            self.assertRegex(info["NSHumanReadableCopyright"], r"^Copyright © \d{4} Vendrel")
             self.assertIn(f"Resources/{info['CFBundleIconFile']}.icns", files)
-            # A file of the interface's would be loaded at start; the window is built in code.
-            self.assertFalse({"NSMainNibFile", "NSMainStoryboardFile"} & set(info))
 
         plist = self.files["Info.plist"]
         self.holds(fact, self.files,
                    self.with_file("Info.plist", plist.replace(b"<true/>", b"<string>YES</string>")),
                    self.with_file("Info.plist", plist.replace(b"11.0", b"10.13")),
+                   self.with_file("Info.plist", plist.replace(b"CFBundleIconFile", b"NSIcon")),
+                   self.with_file("Info.plist", plist.replace(b"your license and", b"your licence and")),
                    self.with_file("Info.plist", plist.replace(version.encode(), b"0.9")))
 
     def test_pictures(self):
@@ -119,16 +147,14 @@ class BundleTest(FactTest):
             self.assertEqual(seal["files"], {name: hashlib.sha1(data).digest() for name, data in sealed.items()})
             self.assertEqual(seal["files2"],
                              {name: {"hash2": hashlib.sha256(data).digest()} for name, data in sealed.items()})
-            # Everything is covered but what the rules leave to the code directory.
-            left_out = {name for name, rule in seal["rules2"].items() if isinstance(rule, dict) and rule.get("omit")}
-            self.assertEqual(left_out, {r"^Info\.plist$", r"^PkgInfo$", r"^(.*/)?\.DS_Store$",
-                                        r"^Resources/.*\.lproj/locversion.plist$"})
-            self.assertIs(seal["rules2"]["^.*"], True)
+            self.assertEqual((seal["rules"], seal["rules2"]), (RULES, RULES2))
 
-        picture = "Resources/icon_2024.png"
+        picture, seal_file = "Resources/icon_2024.png", "_CodeSignature/CodeResources"
         self.holds(fact, self.files,
                    self.with_file(picture, self.files[picture] + b"\0"),
                    self.with_file("Resources/more.txt", b""),
+                   self.with_file(seal_file, self.files[seal_file].replace(b"^[^/]+$", b"^[^/]*$")),
+                   self.with_file(seal_file, self.files[seal_file].replace(b"<key>nested</key>", b"<key>omit</key>")),
                    {name: data for name, data in self.files.items() if name != picture})
 
     def test_zip(self):
