@@ -72,6 +72,49 @@ class SealTest(unittest.TestCase):
         self.refuses("left no signature to replace")
 
 
+class CheckAppTest(unittest.TestCase):
+    """On a Mac this script checks the app. Here it has LLVM's tools under the names of the Mac's, or none."""
+
+    def check(self, app, *tools):
+        with tempfile.TemporaryDirectory() as folder:
+            for name in ("bash", "cat", "grep", "mktemp", "rm"):
+                pathlib.Path(folder, name).symlink_to(shutil.which(name))
+            for name in tools:
+                pathlib.Path(folder, name).symlink_to(LLVM / "bin" / f"llvm-{name}")
+            return run(ROOT / "tests/macos/check-app", app, env={"PATH": folder})
+
+    def test_the_app_passes_and_missing_tools_are_named(self):
+        status, said = self.check(APP, "lipo", "otool")
+        self.assertEqual((status, said.splitlines()), (0, [
+            "left out: the signature is whole; codesign is not here",
+            "left out: Info.plist is a property list; plutil is not here",
+            "left out: the icon file can be read; iconutil is not here",
+            "passed:   the executable is for Intel and Apple silicon",
+            "passed:   the executable uses only the system's libraries",
+        ]))
+
+    def test_a_wrong_app_fails(self):
+        with tempfile.TemporaryDirectory() as folder:
+            app = pathlib.Path(folder, APP.name)
+            shutil.copytree(APP, app)
+            executable = app / "Contents" / "MacOS" / PRODUCT
+            executable.write_bytes(executable.read_bytes().replace(b"/usr/lib/libc++.1", b"/opt/lib/libc++.1"))
+            status, said = self.check(app, "lipo", "otool")
+            self.assertEqual(status, 1)
+            self.assertIn("FAILED:   the executable uses only the system's libraries", said)
+            self.assertIn("\t/opt/lib/libc++.1.dylib", said)
+            executable.write_bytes(b"")
+            status, said = self.check(app, "lipo")
+            self.assertEqual(status, 1)
+            self.assertIn("FAILED:   the executable is for Intel and Apple silicon", said)
+
+    def test_what_is_no_app_is_refused(self):
+        for arguments in ([], ["/nowhere"]):
+            status, said = run(ROOT / "tests/macos/check-app", *arguments)
+            self.assertEqual((status, said),
+                             (2, "usage: tests/macos/check-app APP, where APP is an application bundle\n"))
+
+
 class StubsTest(unittest.TestCase):
     def test_a_wrong_line_is_named(self):
         listed = (ROOT / "platform" / "macos" / "stubs" / "symbols.txt").read_text()

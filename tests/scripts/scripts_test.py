@@ -85,22 +85,32 @@ class ScriptsTest(unittest.TestCase):
             with self.subTest(script, words=words):
                 self.assertEqual(self.run_script(script, *words).returncode, 2)
 
-    def test_what_needs_debian_says_so_on_a_mac_and_does_nothing(self) -> None:
+    def on_a_mac(self) -> None:
+        """Makes the scripts take this machine for a Mac until the test ends."""
         uname = self.tools / "uname"
         uname.write_text("#!/bin/sh\necho Darwin\n")
         uname.chmod(0o755)
         self.addCleanup(uname.unlink)
-        for script in ("script/run", "script/test", "script/sanitize", "script/lint", "script/fuzz", "script/faults",
-                       ".ci/run"):
+
+    def test_a_mac_has_no_tests_to_choose_from(self) -> None:
+        self.on_a_mac()
+        done = self.run_script("script/test", "-R", "removal")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("a Mac cannot run the tests", done.stderr)
+
+    def test_what_needs_debian_says_so_on_a_mac_and_does_nothing(self) -> None:
+        self.on_a_mac()
+        for script in ("script/run", "script/sanitize", "script/lint", "script/fuzz", "script/faults", ".ci/run"):
             with self.subTest(script):
                 done = self.run_script(script)
                 self.assertEqual((done.returncode, done.stdout), (1, ""))
                 self.assertIn("needs Debian", done.stderr)
 
     def test_scripts_for_a_mac_use_nothing_that_its_bash_lacks(self) -> None:
-        for script in ("common.sh", "bootstrap", "build", "test", "format", "package"):
+        scripts = [f"script/{name}" for name in ("common.sh", "bootstrap", "build", "test", "format", "package")]
+        for script in (*scripts, "tests/macos/check-app"):
             with self.subTest(script):
-                text = re.sub(r"(?m)#.*", "", (ROOT / "script" / script).read_text())
+                text = re.sub(r"(?m)#.*", "", (ROOT / script).read_text())
                 self.assertNotRegex(
                     text, r"\b(mapfile|readarray|coproc|declare -A|local -n)\b|\$\{\w+(,,|\^\^|@)|&>>|\|&")
 
