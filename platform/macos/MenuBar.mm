@@ -2,6 +2,7 @@
 /// rooms do not know of it: they work the same without a menu bar.
 #import "platform/Retained.hpp"
 
+#import <Cocoa/Cocoa.h>
 #include <initializer_list>
 
 // A misspelt selector would make an item that is always disabled.
