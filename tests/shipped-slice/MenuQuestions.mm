@@ -47,16 +47,9 @@ void write(const char *state)
 
 - (instancetype)init
 {
-    [[NSNotificationCenter defaultCenter] addObserver:self
-                                             selector:@selector(ask:)
-                                                 name:NSApplicationDidFinishLaunchingNotification
-                                               object:nil];
+    // The run loop comes after the launch.
+    [self performSelector:@selector(askMenu) withObject:nil afterDelay:0];
     return self;
-}
-
-- (void)ask:(NSNotification *)notification
-{
-    [self performSelector:@selector(askMenu) withObject:nil afterDelay:0]; // The controller is told first.
 }
 
 - (void)askMenu

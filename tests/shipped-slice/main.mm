@@ -15,8 +15,8 @@ int main(int argc, const char *argv[])
     registerFrames(image);
     connectMetadata(image);
     recordCoverage(image, folder / "Coverage");
-    // A method that was exchanged in a class that nothing had been sent yet is found in all such classes (libobjc 4). The
-    // platform exchanges a subclass's `defaultCenter`, so this class is made ready first.
+    // libobjc 4 finds a method that was exchanged in a class before its first message in every class before its first
+    // message. The platform does so with a `defaultCenter`, so this class gets its first message here.
     [NSNotificationCenter class];
     callLoadMethods(image);
     [pool release];

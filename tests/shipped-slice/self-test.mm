@@ -42,6 +42,7 @@ namespace
 {
 
 int failures;
+int loads;              // How often the category's load was sent.
 NSMutableString *story; // What happened, in order.
 
 void expect(bool holds, const char *fact)
@@ -196,6 +197,11 @@ struct Guard {
     return [self stringByAppendingString:self];
 }
 
++ (void)load
+{
+    ++loads;
+}
+
 + (NSString *)nothing
 {
     return @"";
@@ -213,6 +219,7 @@ void testClasses()
     expect([[Descendant kind] isEqualToString:@"ancestors' descendants"], "a class method sends to super");
     expect([[object overridden] isEqualToString:@"category"], "a category overrides its class");
     expect([[@"ab" twice] isEqualToString:@"abab"], "a category adds to a class of the platform");
+    expect(loads == 1, "a category is sent its load once, before main");
     expect([[[NSString nothing] twice] length] == 0, "a category adds a class method");
 
     const auto shared = std::make_shared<Value>();
