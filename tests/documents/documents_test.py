@@ -89,7 +89,7 @@ def test_sources(name):
     """Returns the sources of a test with what they share: where it is defined, or nothing when it isn't."""
     if name.startswith("journey."):
         _, subject, journey = name.split(".")
-        shared = ROOT / "tests/journeys/phrases.py"
+        shared = ROOT / "tests/driver/phrases.py"
         places, definition = [ROOT / f"tests/journeys/{subject}_journeys.py"], rf"^def journey_{journey}\("
     else:
         suite, case = name.split(".")

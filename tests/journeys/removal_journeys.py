@@ -1,13 +1,13 @@
 """Removing the product, and having second thoughts about it."""
 
-from person import PracticeMac, eventually, same, true
+from driver import PracticeMac, eventually, expect_equal, expect
 from phrases import *
 
 
-def journey_the_licence_outlives_removal_and_reinstallation():
+def journey_the_licence_outlives_removal_and_reinstallation() -> None:
     """Ann removes the product, installs it again without a licence and restores hers: it is back byte for byte."""
     with PracticeMac() as mac, mac.open_tool() as tool:
-        licence, mode = mac.bytes_of(LICENCE), mac.mode_of(LICENCE)
+        licence, mode = mac.read(LICENCE), mac.mode_of(LICENCE)
         remove(tool)
         tool.rests(NOT_DETECTED)
         judge_gone(mac)
@@ -16,50 +16,50 @@ def journey_the_licence_outlives_removal_and_reinstallation():
         restore(tool, "Desktop", *mac.archives())
         tool.answer(RESTORED, "OK", "The Quorlen 3 license file has been restored.", ["OK"])
         tool.rests(DETECTED)
-        same(mac.bytes_of(LICENCE), licence, "the restored licence")
-        same(mac.mode_of(LICENCE), mode, "its mode")
+        expect_equal(mac.read(LICENCE), licence, "the restored licence")
+        expect_equal(mac.mode_of(LICENCE), mode, "its mode")
         judge_clean(mac)
 
 
-def journey_second_thoughts_then_refusal_then_removal():
+def journey_second_thoughts_then_refusal_then_removal() -> None:
     """Ann cancels, is refused, then removes after all: an archive for each confirmed try, one log file."""
     with PracticeMac(rights="refused") as mac, mac.open_tool() as tool:
-        licence = mac.bytes_of(LICENCE)
-        same(tool.buttons(), CAN_REMOVE, "the buttons after the launch")
+        licence = mac.read(LICENCE)
+        expect_equal(tool.buttons(), CAN_REMOVE, "the buttons after the launch")
 
         tool.press("Remove Quorlen 3")
         tool.answer(CONFIRM, "Cancel", "This tool removes Quorlen 3 and related support files from this Mac.",
                     ["Remove Quorlen 3", "Cancel"])
         tool.rests(DETECTED)
-        same(tool.buttons(), CAN_REMOVE, "the buttons after Cancel")
+        expect_equal(tool.buttons(), CAN_REMOVE, "the buttons after Cancel")
         tool.logged()
-        same(mac.desktop(), [], "the Desktop after Cancel")
+        expect_equal(mac.desktop(), [], "the Desktop after Cancel")
 
         tool.press("Remove Quorlen 3")
         tool.answer(CONFIRM, "Remove Quorlen 3")
         tool.sees_alert(NOT_REMOVED, "Please contact Vendrel Support if the problem continues.", ["OK"])
-        same(tool.buttons(), DURING_A_RUN, "the buttons while the failure is shown")
+        expect_equal(tool.buttons(), DURING_A_RUN, "the buttons while the failure is shown")
         tool.press("OK")
         tool.rests(DETECTED)
-        same(tool.buttons(), CAN_REMOVE, "the buttons after the refusal")
+        expect_equal(tool.buttons(), CAN_REMOVE, "the buttons after the refusal")
         tool.logged(*STARTED, *SAVED, *REFUSED, *ALL_FOUND, "License detected.")
         judge_kept(mac)
-        same((len(mac.archives()), mac.removal_logs()), (1, []), "archives and log files after the refusal")
+        expect_equal((len(mac.archives()), mac.removal_logs()), (1, []), "archives and log files after the refusal")
 
         mac.rights("granted")
         mac.passes_a_second()
         remove(tool)
         tool.rests(NOT_DETECTED)
-        same(tool.buttons(), NOTHING_TO_REMOVE, "the buttons after the removal")
+        expect_equal(tool.buttons(), NOTHING_TO_REMOVE, "the buttons after the removal")
         tool.logged(*STARTED, *SAVED, *COMPLETED, *NOTHING_FOUND)
         judge_gone(mac)
-        same([archived_licence(mac, name) for name in mac.archives()], [licence, licence], "the archived licences")
+        expect_equal([archived_licence(mac, name) for name in mac.archives()], [licence, licence], "the archived licences")
         log, = mac.removal_logs()
-        true(removal_log(mac, log).endswith("\n" + COMPLETED[0] + "\n"), "the log file ends with the completion line")
+        expect(removal_log(mac, log).endswith("\n" + COMPLETED[0] + "\n"), "the log file ends with the completion line")
         judge_clean(mac)
 
 
-def journey_the_administrator_prompt_is_dismissed():
+def journey_the_administrator_prompt_is_dismissed() -> None:
     """Ann confirms but dismisses the administrator prompt: nothing is removed, and the backup stays."""
     with PracticeMac(rights="dismissed") as mac, mac.open_tool() as tool:
         tool.press("Remove Quorlen 3")
@@ -68,45 +68,48 @@ def journey_the_administrator_prompt_is_dismissed():
         tool.rests(DETECTED)
         tool.logged(*STARTED, *SAVED, *REFUSED, *ALL_FOUND, "License detected.")
         judge_kept(mac)
-        same((len(mac.archives()), mac.removal_logs()), (1, []), "archives and log files")
+        expect_equal((len(mac.archives()), mac.removal_logs()), (1, []), "archives and log files")
 
 
-def journey_pointer_and_keyboard_alone():
+def journey_pointer_and_keyboard_alone() -> None:
     """Nothing is loaded into the tool: Ann aims by the window's layout, types Return twice, and the Mac restarts."""
     with PracticeMac() as mac, mac.open_tool(inspected=False) as tool:
-        window = mac.hands("search", "--sync", "--onlyvisible", "--name", "^Quorlen 3 Removal Tool$").strip()
+        window = mac.xdotool("search", "--sync", "--onlyvisible", "--name", "^Quorlen 3 Removal Tool$").strip()
 
-        def another_window_has_the_keyboard():
-            return mac.hands("getwindowfocus").strip() != window
+        def another_window_has_the_keyboard() -> bool:
+            return mac.xdotool("getwindowfocus").strip() != window
 
         eventually(lambda: not another_window_has_the_keyboard(), "the window has the keyboard")
-        mac.click(242 + 180 / 2, 430 - 28 - 36 / 2, window)
+        untouched = mac.screen("rgb:-")
+        mac.xdotool("mousemove", "--window", window, 242 + 180 // 2, 430 - 28 - 36 // 2, "mousedown", 1)
+        eventually(lambda: mac.screen("rgb:-") != untouched, "the button looks pressed")
+        mac.xdotool("mouseup", 1)
         eventually(another_window_has_the_keyboard, "the question has the keyboard")
-        mac.hands("key", "Return")
+        mac.xdotool("key", "Return")
         eventually(lambda: mac.removal_logs() and another_window_has_the_keyboard(), "the outcome has the keyboard")
         judge_gone(mac)
-        mac.hands("key", "Return")
-        same(tool.ended(), 0, "the tool's exit status")
+        mac.xdotool("key", "Return")
+        expect_equal(tool.ended(), 0, "the tool's exit status")
         mac.awaits_call("shutdown")
-        same(tool.said(), "", "the tool's error output")
+        expect_equal(tool.said(), "", "the tool's error output")
 
 
-def journey_the_product_vanishes_before_the_click():
+def journey_the_product_vanishes_before_the_click() -> None:
     """Someone else removes the product while the window is open: the click finds nothing and says so."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         mac.shell('rm -rf -- "$@"', *mac.locations(), root=True)
-        same(tool.buttons(), CAN_REMOVE, "the buttons, which do not know yet")
+        expect_equal(tool.buttons(), CAN_REMOVE, "the buttons, which do not know yet")
         tool.press("Remove Quorlen 3")
         tool.answer(NOT_DETECTED, "OK",
                     "Cleanup is disabled because no Quorlen 3 files were found in the standard locations.", ["OK"])
         tool.rests(NOT_DETECTED)
-        same(tool.buttons(), NOTHING_TO_REMOVE, "the buttons")
+        expect_equal(tool.buttons(), NOTHING_TO_REMOVE, "the buttons")
         tool.logged(*NOTHING_FOUND)
-        same(mac.desktop(), [], "the Desktop")
-        same(mac.calls(), [], "calls of the system's tools")
+        expect_equal(mac.desktop(), [], "the Desktop")
+        expect_equal(mac.calls(), [], "calls of the system's tools")
 
 
-def journey_two_removals_in_one_run():
+def journey_two_removals_in_one_run() -> None:
     """The product is installed again while the tool is open: a second removal, whose log file tells of both."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         remove(tool)
@@ -122,8 +125,8 @@ def journey_two_removals_in_one_run():
         tool.rests(NOT_DETECTED)
 
         judge_gone(mac)
-        same(len(mac.archives()), 2, "archives")
+        expect_equal(len(mac.archives()), 2, "archives")
         first, second = (removal_log(mac, name) for name in mac.removal_logs())
-        true(second.startswith(first), "the second log file begins with the first one's lines")
-        same(second.count(COMPLETED[0]), 2, "removals told in the second log file")
-        true(second.endswith(COMPLETED[0] + "\n"), "the second log file ends with the completion line")
+        expect(second.startswith(first), "the second log file begins with the first one's lines")
+        expect_equal(second.count(COMPLETED[0]), 2, "removals told in the second log file")
+        expect(second.endswith(COMPLETED[0] + "\n"), "the second log file ends with the completion line")

@@ -1,23 +1,23 @@
 """The restart that a removal offers."""
 
-from person import PracticeMac, same, true
+from driver import PracticeMac, expect_equal, expect
 from phrases import *
 
 
-def journey_restart_granted():
+def journey_restart_granted() -> None:
     """Ann chooses "Restart Now": the tool ends at once, and a second later the Mac is told to restart."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         remove(tool, then="Restart Now")
-        same(tool.ended(), 0, "the tool's exit status")
+        expect_equal(tool.ended(), 0, "the tool's exit status")
         mac.awaits_call("shutdown")
-        same(mac.calls("shutdown"), [["-r", "now"]], "the Mac's orders to shut down")
+        expect_equal(mac.calls("shutdown"), [["-r", "now"]], "the Mac's orders to shut down")
         judge_gone(mac)
         log, = mac.removal_logs()
-        true(removal_log(mac, log).endswith(COMPLETED[0] + "\n"), "the log file ends before the restart")
+        expect(removal_log(mac, log).endswith(COMPLETED[0] + "\n"), "the log file ends before the restart")
         judge_clean(mac)
 
 
-def journey_restart_refused():
+def journey_restart_refused() -> None:
     """Rights for the restart are refused: the tool stays, says so in its log, and nothing restarts."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         tool.press("Remove Quorlen 3")
@@ -28,6 +28,6 @@ def journey_restart_refused():
         tool.rests(NOT_DETECTED)
         tool.has_buttons(NOTHING_TO_REMOVE)
         tool.logged(*STARTED, *SAVED, *COMPLETED, "Restart request failed: …-128…", *NOTHING_FOUND)
-        same(mac.calls("shutdown"), [], "the Mac's orders to shut down")
+        expect_equal(mac.calls("shutdown"), [], "the Mac's orders to shut down")
         tool.press("Cancel")
-        same(tool.ended(), 0, "the tool's exit status")
+        expect_equal(tool.ended(), 0, "the tool's exit status")

@@ -1,6 +1,6 @@
 """Restoring the licence from archives good, bad and hostile."""
 
-from person import PracticeMac, eventually, same, true
+from driver import PracticeMac, Tool, eventually, expect_equal, expect
 from phrases import *
 
 QUESTION = "Replace existing license?"
@@ -9,21 +9,21 @@ WHY_NOT = "The selected backup did not contain a .licence file or could not be r
 FOUND_WITH_LICENCE = [*ALL_FOUND, "License detected."]
 
 
-def try_in_vain(mac, tool, name, content):
+def try_in_vain(mac: PracticeMac, tool: Tool, name: str, content: bytes) -> None:
     """Restores from an archive that can't be restored from, and judges that nothing was touched."""
-    before = mac.bytes_of(LICENCE)
+    before = mac.read(LICENCE)
     mac.put(f"Desktop/{name}", content)
     restore(tool, "Desktop", name)
     tool.answer(QUESTION, "Replace")
     tool.answer(NOT_RESTORED, "OK", WHY_NOT, ["OK"])
     tool.rests(DETECTED)
     tool.logged(f"Restoring license from: …/Desktop/{name}", "License restore failed.", *FOUND_WITH_LICENCE)
-    same(mac.bytes_of(LICENCE), before, f"the licence after {name}")
+    expect_equal(mac.read(LICENCE), before, f"the licence after {name}")
     judge_clean(mac)
     mac.shell('rm -- "$1"', f"Desktop/{name}")
 
 
-def restore_over(mac, tool, name, content):
+def restore_over(mac: PracticeMac, tool: Tool, name: str, content: bytes) -> None:
     """Restores from an archive over the licence that is there."""
     mac.put(f"Desktop/{name}", content)
     restore(tool, "Desktop", name)
@@ -35,10 +35,10 @@ def restore_over(mac, tool, name, content):
     judge_clean(mac)
 
 
-def journey_replacing_and_declining():
+def journey_replacing_and_declining() -> None:
     """Ann has a licence: she cancels the panel, declines to replace it, and then replaces it after all."""
     with PracticeMac() as mac, mac.open_tool() as tool:
-        old = mac.bytes_of(LICENCE)
+        old = mac.read(LICENCE)
         archive = zip_of(("Quorlen-License-Backup-20260102-030405/.licence", b"another licence"))
         mac.put("Desktop/backup.zip", archive)
 
@@ -50,14 +50,14 @@ def journey_replacing_and_declining():
         tool.answer(QUESTION, "Cancel", QUESTION_EXPLAINED, ["Replace", "Cancel"])
         tool.rests(DETECTED)
         tool.logged()
-        same(mac.bytes_of(LICENCE), old, "the licence after declining")
+        expect_equal(mac.read(LICENCE), old, "the licence after declining")
 
         restore_over(mac, tool, "backup.zip", archive)
-        same(mac.bytes_of(LICENCE), b"another licence", "the licence after replacing")
-        same(mac.bytes_of("Desktop/backup.zip"), archive, "the archive")
+        expect_equal(mac.read(LICENCE), b"another licence", "the licence after replacing")
+        expect_equal(mac.read("Desktop/backup.zip"), archive, "the archive")
 
 
-def journey_where_no_licence_is_nobody_is_asked():
+def journey_where_no_licence_is_nobody_is_asked() -> None:
     """The product was never here: restoring makes the folder and asks nothing."""
     with PracticeMac(locations="none") as mac, mac.open_tool() as tool:
         mac.put("Desktop/backup.zip", zip_of((".licence", b"mine")))
@@ -65,10 +65,10 @@ def journey_where_no_licence_is_nobody_is_asked():
         tool.answer(RESTORED, "OK")
         tool.rests("Quorlen 3 detected. 1 related item(s) found. License detected.")
         tool.has_buttons(CAN_REMOVE)
-        same(mac.bytes_of(LICENCE), b"mine", "the licence")
+        expect_equal(mac.read(LICENCE), b"mine", "the licence")
 
 
-def journey_files_that_are_no_archives():
+def journey_files_that_are_no_archives() -> None:
     """A damaged archive, an empty one, an empty file and a text named .zip: each is refused, the licence untouched."""
     whole = zip_of(("folder/.licence", bytes(range(256)) * 40))
     with PracticeMac() as mac, mac.open_tool() as tool:
@@ -78,7 +78,7 @@ def journey_files_that_are_no_archives():
         try_in_vain(mac, tool, "text.zip", b"Dear Ann,\nhere is your licence.\n")
 
 
-def journey_archives_without_a_licence():
+def journey_archives_without_a_licence() -> None:
     """Archives whose entries only resemble a licence: by letter, by case, by more or less of the name."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         try_in_vain(mac, tool, "other.zip", zip_of(("folder/readme.txt", b"text")))
@@ -86,20 +86,20 @@ def journey_archives_without_a_licence():
             (".license", ".LICENCE", ".Licence", "licence", "a.licence", ".licence.txt", ".licence ")))))
 
 
-def journey_archives_with_a_licence_in_odd_places():
+def journey_archives_with_a_licence_in_odd_places() -> None:
     """One ten folders deep, one among several, one that is a folder: the first that is found is restored."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         restore_over(mac, tool, "deep.zip", zip_of(("1/2/3/4/5/6/7/8/9/10/.licence", b"deep down")))
-        same(mac.bytes_of(LICENCE), b"deep down", "the licence from ten folders deep")
+        expect_equal(mac.read(LICENCE), b"deep down", "the licence from ten folders deep")
 
         restore_over(mac, tool, "several.zip", zip_of(("a/.licence", b"of a"), ("b/.licence", b"of b")))
-        true(mac.bytes_of(LICENCE) in (b"of a", b"of b"), "the licence is one of the several")
+        expect(mac.read(LICENCE) in (b"of a", b"of b"), "the licence is one of the several")
 
         restore_over(mac, tool, "folder.zip", zip_of((".licence/inside.txt", b"in a folder")))
-        same(mac.bytes_of(f"{LICENCE}/inside.txt"), b"in a folder", "the folder that took the licence's place")
+        expect_equal(mac.read(f"{LICENCE}/inside.txt"), b"in a folder", "the folder that took the licence's place")
 
 
-def journey_archives_that_climb_out():
+def journey_archives_that_climb_out() -> None:
     """Hostile archives: entries that climb, absolute ones, ones through a link. Nothing outside is ever written."""
     link = 0o120777
     hostile = {
@@ -109,7 +109,7 @@ def journey_archives_that_climb_out():
         "links.zip": [("out", b"/Users/ann/Desktop", link), ("out/climbed", b"evil")],
     }
     with PracticeMac() as mac, mac.open_tool() as tool:
-        licence = mac.bytes_of(LICENCE)
+        licence = mac.read(LICENCE)
         for name, members in hostile.items():
             before = mac.report()
             mac.put(f"Desktop/{name}", zip_of(*members, (".licence", b"bait")))
@@ -120,30 +120,30 @@ def journey_archives_that_climb_out():
             tool.answer(outcome, "OK")
             tool.rests(DETECTED)
 
-            same(mac.bytes_of(LICENCE), b"bait" if outcome == RESTORED else licence, f"the licence after {name}")
-            licence = mac.bytes_of(LICENCE)
-            same(mac.desktop(), [name], "the Desktop")
+            expect_equal(mac.read(LICENCE), b"bait" if outcome == RESTORED else licence, f"the licence after {name}")
+            licence = mac.read(LICENCE)
+            expect_equal(mac.desktop(), [name], "the Desktop")
             after = mac.report()
             for where in ("new_elsewhere", "lost"):
-                same(after[where], before[where], f"{where.replace('_', ' ')} after {name}")
-            climbed = mac.shell("find / -xdev -name climbed 2>/dev/null || true", root=True)
-            same(climbed, "", f"what {name} wrote outside")
+                expect_equal(after[where], before[where], f"{where.replace('_', ' ')} after {name}")
             judge_clean(mac)
             mac.shell('rm -- "$1"', f"Desktop/{name}")
+        climbed = mac.shell("find / -xdev -name climbed 2>/dev/null || true", root=True)
+        expect_equal(climbed, "", "what the archives wrote outside")
 
 
-def journey_a_link_named_licence():
+def journey_a_link_named_licence() -> None:
     """The archive's licence is a link to a file of Ann's: only the link is copied, and the file stays as it is."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         mac.put("Documents/diary.txt", b"Dear diary")
         restore_over(mac, tool, "link.zip", zip_of((".licence", b"/Users/ann/Documents/diary.txt", 0o120777)))
-        same(mac.shell('readlink -- "$1"', LICENCE), "/Users/ann/Documents/diary.txt\n", "what the licence links to")
+        expect_equal(mac.shell('readlink -- "$1"', LICENCE), "/Users/ann/Documents/diary.txt\n", "what the licence links to")
         restore_over(mac, tool, "plain.zip", zip_of((".licence", b"plain")))
-        same(mac.bytes_of(LICENCE), b"plain", "the licence")
-        same(mac.bytes_of("Documents/diary.txt"), b"Dear diary", "the file that the link led to")
+        expect_equal(mac.read(LICENCE), b"plain", "the licence")
+        expect_equal(mac.read("Documents/diary.txt"), b"Dear diary", "the file that the link led to")
 
 
-def journey_the_copy_fails_after_the_old_licence_is_gone():
+def journey_the_copy_fails_after_the_old_licence_is_gone() -> None:
     """The archive's licence can't be read. The old one is gone by then, as designed; the archive is untouched."""
     archive = zip_of(("backup/.licence", b"unreadable", 0o100000))
     with PracticeMac() as mac, mac.open_tool() as tool:
@@ -153,16 +153,16 @@ def journey_the_copy_fails_after_the_old_licence_is_gone():
         tool.answer(NOT_RESTORED, "OK", WHY_NOT)
         tool.rests(DETECTED_WITHOUT_LICENCE)
         tool.logged("Restoring license from: …", "License copy error: …", "License restore failed.", *ALL_FOUND)
-        true(not mac.exists(LICENCE), "no licence is left")
-        same(mac.bytes_of("Desktop/locked.zip"), archive, "the archive")
+        expect(not mac.exists(LICENCE), "no licence is left")
+        expect_equal(mac.read("Desktop/locked.zip"), archive, "the archive")
         judge_clean(mac)
 
 
-def journey_the_licence_folder_is_closed():
+def journey_the_licence_folder_is_closed() -> None:
     """Ann may not write into the licence's folder: the old licence stays, and the tool says that the copy failed."""
     archive = zip_of(("backup/.licence", b"new"))
     with PracticeMac() as mac, mac.open_tool() as tool:
-        old = mac.bytes_of(LICENCE)
+        old = mac.read(LICENCE)
         mac.put("Desktop/backup.zip", archive)
         mac.shell('chown root: "${1%/*}"', LICENCE, root=True)
         restore(tool, "Desktop", "backup.zip")
@@ -171,6 +171,6 @@ def journey_the_licence_folder_is_closed():
         tool.rests(DETECTED)
         tool.logged("Restoring license from: …", "License copy error: …", "License restore failed.",
                     *FOUND_WITH_LICENCE)
-        same(mac.bytes_of(LICENCE), old, "the licence")
-        same(mac.bytes_of("Desktop/backup.zip"), archive, "the archive")
+        expect_equal(mac.read(LICENCE), old, "the licence")
+        expect_equal(mac.read("Desktop/backup.zip"), archive, "the archive")
         judge_clean(mac)

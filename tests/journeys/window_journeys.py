@@ -2,69 +2,69 @@
 
 import re
 
-from person import ROOT, PracticeMac, like, same, true
+from driver import ROOT, PracticeMac, Tool, expect, expect_equal, matches
 from phrases import *
 
 
-def project_version():
+def project_version() -> str:
     """The version that the project states."""
     return re.search(r"^project\(.*VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
 
 
-def journey_first_look():
+def journey_first_look() -> None:
     """Ann opens the tool: the window says what it found and offers to remove it. The error output stays empty."""
     with PracticeMac(locations="1,4,11") as mac, mac.open_tool() as tool:
-        same(tool.status(), "Quorlen 3 detected. 3 related item(s) found. License detected.", "the status line")
-        same(tool.log().splitlines()[1:], ["updated: 2026.06.14", "Ready.", "Detected 3 Quorlen 3 item(s).",
+        expect_equal(tool.status(), "Quorlen 3 detected. 3 related item(s) found. License detected.", "the status line")
+        expect_equal(tool.log().splitlines()[1:], ["updated: 2026.06.14", "Ready.", "Detected 3 Quorlen 3 item(s).",
                                            "License detected."], "the log after its first line")
-        same(tool.log().splitlines()[0], f"version: {project_version()}", "the log's first line")
-        same(tool.buttons(), CAN_REMOVE, "the buttons")
+        expect_equal(tool.log().splitlines()[0], f"version: {project_version()}", "the log's first line")
+        expect_equal(tool.buttons(), CAN_REMOVE, "the buttons")
         for text in ("Quorlen 3 Removal Tool", "This tool removes Quorlen 3 and related support files from this Mac.",
                      "?", "Restore License", "Cancel"):
-            true(text in tool.texts(tool.main_window()), f"the window shows {text!r}")
+            expect(text in tool.texts(tool.main_window()), f"the window shows {text!r}")
         images = [v["image"] for v in tool.views(tool.main_window()) if v["class"] == "NSImageView"]
-        same(images, ["icon_removal_2024", "quorlen-typeface_1024"], "the images")
-        same(tool.said(), "", "the tool's error output")
+        expect_equal(images, ["icon_removal_2024", "quorlen-typeface_1024"], "the images")
+        expect_equal(tool.said(), "", "the tool's error output")
 
 
-def journey_support_page():
+def journey_support_page() -> None:
     """The "?" button opens the support page in the browser, and nothing else happens."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         tool.press("?")
         mac.awaits_call("xdg-open")
         (address,), = mac.calls("xdg-open")
-        true(like(address, "https://…/tool_qr3_legacy_removal_tool"), f"the support page: {address}")
+        expect(matches(address, "https://…/tool_qr3_legacy_removal_tool"), f"the support page: {address}")
         tool.rests(DETECTED)
         tool.logged()
 
 
-def judge_ended_well(tool):
+def judge_ended_well(tool: Tool) -> None:
     """Judges that the tool ended by itself with status 0, having removed the one monitor that it had installed."""
-    same(tool.ended(), 0, "the tool's exit status")
-    words = [line.split() for line in tool.witness.read_text().splitlines()]
-    same([word for word, _ in words], ["added", "removed"], "what became of the event monitor")
-    same(words[0][1], words[1][1], "the monitor that was removed")
+    expect_equal(tool.ended(), 0, "the tool's exit status")
+    words = [line.split() for line in tool.mac.read(tool.witness).decode().splitlines()]
+    expect_equal([word for word, _ in words], ["added", "removed"], "what became of the event monitor")
+    expect_equal(words[0][1], words[1][1], "the monitor that was removed")
 
 
-def journey_closing_the_window():
+def journey_closing_the_window() -> None:
     """Ann closes the idle window: the tool ends."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         tool.close_window()
         judge_ended_well(tool)
         judge_kept(mac)
-        same((mac.desktop(), mac.calls()), ([], []), "traces")
+        expect_equal((mac.desktop(), mac.calls()), ([], []), "traces")
 
 
-def journey_pressing_cancel():
+def journey_pressing_cancel() -> None:
     """Ann presses "Cancel": the tool ends."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         tool.press("Cancel")
         judge_ended_well(tool)
         judge_kept(mac)
-        same((mac.desktop(), mac.calls()), ([], []), "traces")
+        expect_equal((mac.desktop(), mac.calls()), ([], []), "traces")
 
 
-def journey_closing_an_alert_confirms_nothing():
+def journey_closing_an_alert_confirms_nothing() -> None:
     """Closing the question by its title bar is no yes, and the window can't be used behind it."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         tool.press("Remove Quorlen 3")
@@ -77,4 +77,4 @@ def journey_closing_an_alert_confirms_nothing():
         tool.sees_alert(CONFIRM)
         tool.press("Cancel")
         tool.rests(DETECTED)
-        same((mac.desktop(), mac.calls()), ([], []), "traces")
+        expect_equal((mac.desktop(), mac.calls()), ([], []), "traces")

@@ -5,15 +5,15 @@ import unittest
 
 import slices
 
-sys.path.insert(0, str(slices.ROOT / "practice-mac"))
-import person
+sys.path.insert(0, str(slices.ROOT / "tests/driver"))
+import driver
 
 
 class ControllerTest(unittest.TestCase):
     def test_every_question_is_answered(self):
         bundle = slices.BUILD / "tests/shipped-slice/Questions.bundle"
-        with person.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
-            mac.run(str(person.TOOL), "-GSAppKitUserBundles", f'("{bundle}")')
+        with driver.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
+            mac.run(str(driver.TOOL), "-GSAppKitUserBundles", f'("{bundle}")')
 
 
 if __name__ == "__main__":

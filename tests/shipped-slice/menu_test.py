@@ -9,8 +9,8 @@ import unittest
 
 import slices
 
-sys.path[:0] = [str(slices.ROOT / folder) for folder in ("practice-mac", "tests/journeys")]
-import person
+sys.path[:0] = [str(slices.ROOT / folder) for folder in ("tests/driver", "tests/journeys")]
+import driver
 import phrases
 import window_journeys
 
@@ -64,8 +64,8 @@ def items(text: str) -> tuple[list[str | tuple[str, str, str, int]], set[str]]:
 class MenuTest(unittest.TestCase):
     def test_each_item_and_what_it_does_to_an_alert(self) -> None:
         bundle = slices.BUILD / "tests/shipped-slice/MenuQuestions.bundle"
-        with person.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
-            written = mac.run(str(person.TOOL), "-GSAppKitUserBundles", f'("{bundle}")')
+        with driver.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
+            written = mac.run(str(driver.TOOL), "-GSAppKitUserBundles", f'("{bundle}")')
         answers = dict(part.split("\n", 1) for part in written.split("\n# ")[1:])
         for state, disabled in DISABLED.items():
             with self.subTest(state):
@@ -76,19 +76,19 @@ class MenuTest(unittest.TestCase):
                          answers["chosen while the alert is open"].splitlines())
 
     def test_quit_ends_the_tool(self) -> None:
-        with person.PracticeMac() as mac, mac.open_tool() as tool:
+        with driver.PracticeMac() as mac, mac.open_tool() as tool:
             tool.key("alt+q")
             window_journeys.judge_ended_well(tool)
             phrases.judge_kept(mac)
 
     def test_close_closes_the_window_and_so_ends_the_tool(self) -> None:
-        with person.PracticeMac() as mac, mac.open_tool() as tool:
+        with driver.PracticeMac() as mac, mac.open_tool() as tool:
             tool.key("alt+w")
             window_journeys.judge_ended_well(tool)
             phrases.judge_kept(mac)
 
     def test_no_key_of_the_menu_answers_an_alert(self) -> None:
-        with person.PracticeMac() as mac, mac.open_tool() as tool:
+        with driver.PracticeMac() as mac, mac.open_tool() as tool:
             tool.press("Remove Quorlen 3")
             tool.sees_alert(phrases.CONFIRM)
             for key in "xcvamw":
@@ -102,7 +102,7 @@ class MenuTest(unittest.TestCase):
             tool.key("alt+q")
             window_journeys.judge_ended_well(tool)
             phrases.judge_kept(mac)
-            person.same((mac.desktop(), mac.calls()), ([], []), "traces")
+            driver.expect_equal((mac.desktop(), mac.calls()), ([], []), "traces")
 
 
 if __name__ == "__main__":

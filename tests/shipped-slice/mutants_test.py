@@ -8,9 +8,9 @@ import unittest
 
 import slices
 
-sys.path[:0] = [str(slices.ROOT / folder) for folder in ("practice-mac", "tests/journeys", "tests/macos")]
+sys.path[:0] = [str(slices.ROOT / folder) for folder in ("tests/driver", "tests/journeys", "tests/macos")]
 import macho
-import person
+import driver
 
 FOLDER = slices.FOLDER / "mutants"
 HEADERS = pathlib.Path("platform/macos/headers")
@@ -18,7 +18,7 @@ LOOK = ("window", "first_look")
 SHIFT = ("override", "shift_reveals_and_caps_lock_does_not")
 REMOVAL = ("removal", "second_thoughts_then_refusal_then_removal")
 NO_ARCHIVER = ("trouble", "archiver_missing")
-person.PATIENCE = 10  # A mutant makes its journey wait in vain. The unchanged slice keeps within this, too.
+driver.TIMEOUT = 10  # A mutant makes its journey wait in vain. The unchanged slice keeps within this, too.
 
 
 def copied_interface(name, file, old, new):
@@ -61,12 +61,12 @@ def with_empty_exception_table(name):
 
 def journey(program, subject, name):
     """Goes a journey with a program; returns None, or what was not as it must be."""
-    person.TOOL = program
-    person.story.clear()
+    driver.TOOL = program
+    driver.story.clear()
     try:
         getattr(importlib.import_module(f"{subject}_journeys"), f"journey_{name}")()
-    except person.Surprise as surprise:
-        return str(surprise)
+    except driver.JourneyFailure as failure:
+        return str(failure)
     return None
 
 

@@ -6,17 +6,17 @@ import unittest
 
 import slices
 
-sys.path.insert(0, str(slices.ROOT / "practice-mac"))
-import person
+sys.path.insert(0, str(slices.ROOT / "tests/driver"))
+import driver
 
 
 def pictures(mac, name, program):
     """Opens a program, and returns the paths of two pictures of its window: as it is launched, and with Shift held."""
-    person.TOOL = program
+    driver.TOOL = program
     with mac.open_tool() as tool:
         launched = tool.picture(f"slice-{name}")
         with tool.shift_held():
-            person.eventually(lambda: tool.shows("Override Cleanup"), "the override button is shown")
+            driver.eventually(lambda: tool.shows("Override Cleanup"), "the override button is shown")
             shifted = tool.picture(f"slice-{name}-shift")
         tool.press("Cancel")
         tool.ended()
@@ -32,8 +32,8 @@ def differing_pixels(one, other):
 
 class PictureTest(unittest.TestCase):
     def test_the_launched_window_is_the_native_builds(self):
-        native, shipped = slices.BUILD / f"{slices.PRODUCT}.app" / slices.PRODUCT, person.TOOL
-        with person.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
+        native, shipped = slices.BUILD / f"{slices.PRODUCT}.app" / slices.PRODUCT, driver.TOOL
+        with driver.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
             native_pictures = pictures(mac, "native", native)
             shipped_pictures = pictures(mac, "shipped", shipped)
         differing = list(map(differing_pixels, native_pictures, shipped_pictures))

@@ -1,11 +1,9 @@
-"""What the journeys have in common: the phrases of the tool, and the few steps that many stories share."""
+"""What the journeys share: the phrases of the tool, and the few steps and judgements of many stories."""
 
 import io
 import zipfile
 
-from person import same
-
-LICENCE = "Library/Application Support/Quorlen/.licence"  # in the home
+from driver import LICENCE, PracticeMac, Tool, expect_equal
 
 DETECTED = "Quorlen 3 detected. 11 related item(s) found. License detected."
 DETECTED_WITHOUT_LICENCE = "Quorlen 3 detected. 11 related item(s) found."
@@ -27,6 +25,12 @@ NOTHING_FOUND = ["No Quorlen 3 files detected in the standard locations.",
 ALL_FOUND = ["Detected 11 Quorlen 3 item(s)."]
 REFUSED = ["Removal encountered an error: …-128…"]
 
+# What the cleanup asks of the system's tools, in this order.
+AGENT, DAEMON = "com.vendrel.QuorlenAgent", "com.vendrel.QuorlenDaemon"
+CLEANUP_CALLS = [["launchctl", "stop", AGENT], ["pkill", "-f", AGENT], ["launchctl", "stop", DAEMON],
+                 ["launchctl", "bootout", "system", f"/Library/LaunchDaemons/{DAEMON}.plist"],
+                 ["launchctl", "remove", DAEMON], ["pkill", "-f", DAEMON], ["sfltool", "resetbtm"]]
+
 # The two removal buttons, in the states that a person meets.
 CAN_REMOVE = {"Remove Quorlen 3": ("shown", "enabled"), "Override Cleanup": ("hidden", "enabled")}
 NOTHING_TO_REMOVE = {"Remove Quorlen 3": ("shown", "disabled"), "Override Cleanup": ("hidden", "enabled")}
@@ -34,51 +38,51 @@ OVERRIDE_SHOWN = {"Remove Quorlen 3": ("hidden", "disabled"), "Override Cleanup"
 DURING_A_RUN = {"Remove Quorlen 3": ("shown", "disabled"), "Override Cleanup": ("hidden", "disabled")}
 
 
-def remove(tool, then="Restart Later"):
+def remove(tool: Tool, then: str = "Restart Later") -> None:
     """Removes the product and answers the completion alert."""
     tool.press("Remove Quorlen 3")
     tool.answer(CONFIRM, "Remove Quorlen 3")
     tool.answer(REMOVED, then)
 
 
-def restore(tool, *path):
+def restore(tool: Tool, *path: str) -> None:
     """Chooses an archive, by the names that lead to it from the home folder, and confirms the open panel."""
     tool.press("Restore License")
     tool.choose_file(*path)
     tool.confirm_panel()
 
 
-def removal_log(mac, name):
+def removal_log(mac: PracticeMac, name: str) -> str:
     """The text of a removal log on the Desktop."""
-    return mac.bytes_of(f"Desktop/{name}").decode("utf-8")
+    return mac.read(f"Desktop/{name}").decode("utf-8")
 
 
-def archived_licence(mac, name):
+def archived_licence(mac: PracticeMac, name: str) -> bytes:
     """The licence that a backup on the Desktop holds."""
-    with zipfile.ZipFile(io.BytesIO(mac.bytes_of(f"Desktop/{name}"))) as archive:
+    with zipfile.ZipFile(io.BytesIO(mac.read(f"Desktop/{name}"))) as archive:
         members = [member for member in archive.namelist() if member.split("/")[-1] == ".licence"]
-        same(len(members), 1, "licences in the backup")
+        expect_equal(len(members), 1, "licences in the backup")
         return archive.read(members[0])
 
 
-def judge_gone(mac):
+def judge_gone(mac: PracticeMac) -> None:
     """Judges that nothing is left at any of the eleven locations."""
     left = [path for path in mac.locations() if mac.exists(path)]
-    same(left, [], "what is left of the eleven locations")
+    expect_equal(left, [], "what is left of the eleven locations")
 
 
-def judge_kept(mac):
+def judge_kept(mac: PracticeMac) -> None:
     """Judges that all eleven locations are there."""
     missing = [path for path in mac.locations() if not mac.exists(path)]
-    same(missing, [], "what is missing of the eleven locations")
+    expect_equal(missing, [], "what is missing of the eleven locations")
 
 
-def judge_clean(mac):
+def judge_clean(mac: PracticeMac) -> None:
     """Judges that the tool left nothing in its temporary folder."""
-    same(mac.temporary_folders(), [], "what the tool left in its temporary folder")
+    expect_equal(mac.temporary_folders(), [], "what the tool left in its temporary folder")
 
 
-def zip_of(*members):
+def zip_of(*members: tuple) -> bytes:
     """A zip archive in memory. A member is a name with its content, or a name, a content and a Unix mode."""
     memory = io.BytesIO()
     with zipfile.ZipFile(memory, "w") as archive:

@@ -1,17 +1,13 @@
-#!/usr/bin/python3 -I
-"""Is the administrator prompt of a program, and the person who dismisses it: an authentication agent for polkit that
-cancels every request. Returns when it is registered; then stays in the background for as long as the program runs.
+"""An authentication agent for polkit that cancels every request: the user dismisses the administrator prompt.
 
-    dismiss-prompts PID...      the processes that may ask; it stays for as long as the first of them
-
-Without a login session polkit knows agents only by the process that asks, so each program has one of its own. What of
-D-Bus this takes is here, since Python's standard library has none of it.
+Without a login session polkit knows agents only by the process that asks, so each program gets one of its own. Python's
+standard library has no D-Bus; this file has the part of it that an agent takes.
 """
 import os
 import select
 import socket
 import struct
-import sys
+from collections.abc import Callable
 
 POLKIT = "org.freedesktop.PolicyKit1"
 CALL, RETURN, ERROR = 1, 2, 3
@@ -43,7 +39,7 @@ class Writer:
         self.bytes += bytes([len(text)]) + text.encode() + b"\0"
         return self
 
-    def array_of_structs(self, write_items) -> "Writer":
+    def array_of_structs(self, write_items: Callable[["Writer"], None]) -> "Writer":
         at = len(self.number("I", 0).bytes) - 4
         start = len(self.align(8).bytes)
         write_items(self)
@@ -58,7 +54,7 @@ class Bus:
         self.socket.connect("/run/dbus/system_bus_socket")
         self.socket.sendall(b"\0AUTH EXTERNAL " + str(os.getuid()).encode().hex().encode() + b"\r\n")
         if not self.socket.recv(200).startswith(b"OK"):
-            sys.exit("dismiss-prompts: the system bus does not let it in")
+            raise OSError("the system bus refuses the authentication agent")
         self.socket.sendall(b"BEGIN\r\n")
         self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "Hello")
 
@@ -113,7 +109,7 @@ class Bus:
             kind, _, fields, answer = self.receive()
             if fields.get(REPLY_SERIAL) == asked:
                 if kind == ERROR:
-                    sys.exit(f"dismiss-prompts: {fields[ERROR_NAME]}: {answer[4:-1].decode()}")
+                    raise OSError(f"{fields[ERROR_NAME]}: {answer[4:-1].decode()}")
                 return
 
 
@@ -144,18 +140,18 @@ def serve(bus: Bus, program: int) -> None:
             bus.send(ERROR, {**fields, ERROR_NAME: f"{POLKIT}.Error.Cancelled"})
 
 
-def main() -> None:
-    pids = [int(word) for word in sys.argv[1:]]
+def dismiss_prompts_of(*pids: int) -> None:
+    """Registers an agent for these processes and returns; a child cancels their prompts while the first one lives.
+
+    Raises OSError if polkit refuses, for example because a process has an agent already or has ended."""
     program = os.pidfd_open(pids[0])
     bus = Bus()
     for pid in pids:
         register(bus, pid)
     if os.fork() == 0:
-        os.setsid()
-        nothing = os.open("/dev/null", os.O_RDWR)
-        for descriptor in (0, 1, 2):
-            os.dup2(nothing, descriptor)
-        serve(bus, program)
-
-
-main()
+        try:
+            serve(bus, program)
+        finally:
+            os._exit(0)
+    bus.socket.close()
+    os.close(program)

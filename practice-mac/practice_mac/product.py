@@ -11,17 +11,32 @@ DAEMON = "com.vendrel.QuorlenDaemon"
 LICENCE = "Library/Application Support/Quorlen/.licence"
 
 
+# This side's own list of the eleven locations, kept apart from the product's on purpose.
+LOCATIONS = (
+    "/Applications/Quorlen.app",
+    f"/Library/LaunchDaemons/{DAEMON}.plist",
+    f"/Library/PrivilegedHelperTools/{DAEMON}",
+    "~/Library/Application Support/Quorlen",
+    f"~/Library/Application Support/{AGENT}",
+    "~/Library/Application Support/Vendrel",
+    "~/Library/LaunchAgents/com.vendrel.Quorlen3.Scheduler.plist",
+    "~/Library/Preferences/com.vendrel.Quorlen3.plist",
+    "~/Library/Preferences/com.vendrel.Quorlen.plist",
+    "~/Library/Caches/com.vendrel.Quorlen3",
+    "~/Library/Logs/Quorlen",
+)
+
+
 class Location(NamedTuple):
     number: int
-    owner: str  # "system" or "home"
+    in_home: bool
     path: Path
 
 
 def locations(home: Path) -> list[Location]:
     """The eleven, in order, with their full paths."""
-    rows = Path(__file__).with_name("locations.tsv").read_text(encoding="ascii").splitlines()
-    found = [row.split("\t") for row in rows]
-    return [Location(int(n), owner, (home if owner == "home" else Path("/")) / path) for n, owner, path in found]
+    return [Location(number, path.startswith("~"), Path(path.replace("~", str(home), 1)))
+            for number, path in enumerate(LOCATIONS, 1)]
 
 
 def agent_program(home: Path) -> Path:
@@ -38,7 +53,7 @@ def write(path: Path, content: bytes | str = b"", mode: int = 0o644) -> None:
     path.chmod(mode)
 
 
-def write_plist(path: Path, content: dict, form=plistlib.FMT_XML) -> None:
+def write_plist(path: Path, content: dict, form: plistlib.PlistFormat = plistlib.FMT_XML) -> None:
     write(path, plistlib.dumps(content, fmt=form))
 
 
@@ -66,7 +81,7 @@ def write_application(root: Path, identifier: str, version: str) -> None:
 
 
 def install(number: int, home: Path, with_licence: bool, keep_alive: bool) -> None:
-    """Writes one location anew. Owners are the caller's business."""
+    """Writes one location from scratch. The caller sets the owners."""
     root = locations(home)[number - 1].path
     remove(root)
     match number:
@@ -103,7 +118,7 @@ def install(number: int, home: Path, with_licence: bool, keep_alive: bool) -> No
 
 
 def remove(path: Path) -> None:
-    """Whatever is there; a link itself and not its target."""
+    """Removes whatever is there; of a link the link itself, not its target."""
     if path.is_dir() and not path.is_symlink():
         shutil.rmtree(path)
     else:
@@ -120,8 +135,8 @@ def write_home(home: Path) -> None:
 
 
 def write_neighbours(home: Path) -> None:
-    """What a removal could take along by mistake: names that begin or end like the product's, and what its paths become
-    when a blank or another character of them is misread."""
+    """Writes what a faulty removal could delete: names that begin or end like the product's, and the paths that result
+    from misreading a blank or another character."""
     write_application(Path("/Applications/Quorlen 2.app"), "com.vendrel.Quorlen2", "2.9")
     write_application(Path("/Applications/Letters.app"), "com.example.Letters", "1.0")
     write_plist(Path(f"/Library/LaunchDaemons/{DAEMON}2.plist"), {"Label": f"{DAEMON}2"})
@@ -133,7 +148,7 @@ def write_neighbours(home: Path) -> None:
         write(home / "Library" / name, "a neighbour's\n")
     for decoy in decoy_homes(home.name) - {home.name, ".", ".."}:
         for location in locations(Path("/Users", decoy)):
-            if location.owner == "home":
+            if location.in_home:
                 write(location.path, "a neighbour's\n")
 
 

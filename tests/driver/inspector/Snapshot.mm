@@ -1,5 +1,7 @@
 #include "Snapshot.hpp"
 
+#include "Witness.hpp"
+
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSDisplayServer.h>
 #include <X11/Xlib.h>
@@ -16,11 +18,6 @@ NSArray *numbers(NSRect r)
 NSString *text(NSString *s)
 {
     return s ? s : @"";
-}
-
-NSString *class_name(id object)
-{
-    return object ? NSStringFromClass([object class]) : @"";
 }
 
 /// Where a window's content lies on the X server: its top-left corner in root coordinates, and its size.
@@ -55,80 +52,14 @@ NSRect on_screen(NSRect rect, NSView *view, const Place &place)
         NSHeight(base));
 }
 
-NSDictionary *description_of_font(NSFont *font)
-{
-    if (!font) {
-        return @ {};
-    }
-    const NSFontTraitMask traits = [[NSFontManager sharedFontManager] traitsOfFont:font];
-    return @{
-        @"name" : text([font fontName]),
-        @"size" : @([font pointSize]),
-        @"bold" : @((traits & NSBoldFontMask) != 0),
-        @"fixed" : @([font isEqual:[NSFont userFixedPitchFontOfSize:[font pointSize]]]),
-    };
-}
-
-NSDictionary *description_of_control(NSControl *control)
-{
-    return @{
-        @"enabled" : @([control isEnabled]),
-        @"target" : class_name([control target]),
-        @"action" : text(NSStringFromSelector([control action])),
-        @"alignment" : @([control alignment]),
-        @"font" : description_of_font([control font]),
-    };
-}
-
 NSDictionary *description_of_button(NSButton *button)
 {
     return @{
+        @"button" : @(YES),
         @"text" : text([button title]),
-        @"bezel_style" : @([button bezelStyle]),
+        @"enabled" : @([button isEnabled]),
+        @"action" : text(NSStringFromSelector([button action])),
         @"key_equivalent" : text([button keyEquivalent]),
-    };
-}
-
-NSDictionary *description_of_text_field(NSTextField *field)
-{
-    return @{
-        @"text" : text([field stringValue]),
-        @"editable" : @([field isEditable]),
-        @"selectable" : @([field isSelectable]),
-        @"bezeled" : @([field isBezeled]),
-        @"draws_background" : @([field drawsBackground]),
-        @"line_break_mode" : @([[field cell] lineBreakMode]),
-    };
-}
-
-NSDictionary *description_of_text_view(NSTextView *view)
-{
-    return @{
-        @"text" : text([view string]),
-        @"editable" : @([view isEditable]),
-        @"selectable" : @([view isSelectable]),
-        @"selection" : @[ @([view selectedRange].location), @([view selectedRange].length) ],
-        @"container_width" : @([[view textContainer] containerSize].width),
-        @"font" : description_of_font([view font]),
-    };
-}
-
-NSDictionary *description_of_image_view(NSImageView *view)
-{
-    return @{
-        @"image" : text([[view image] name]),
-        @"has_image" : @([view image] != nil),
-        @"image_scaling" : @([view imageScaling]),
-    };
-}
-
-NSDictionary *description_of_scroll_view(NSScrollView *view)
-{
-    return @{
-        @"border_type" : @([view borderType]),
-        @"vertical_scroller" : @([view hasVerticalScroller]),
-        @"horizontal_scroller" : @([view hasHorizontalScroller]),
-        @"document_visible" : numbers([view documentVisibleRect]),
     };
 }
 
@@ -139,11 +70,9 @@ NSDictionary *description_of_matrix(NSMatrix *matrix, const Place &place)
     for (NSInteger row = 0; row < [matrix numberOfRows]; ++row) {
         NSCell *cell = [matrix cellAtRow:row column:0];
         const NSRect frame = [matrix cellFrameAtRow:row column:0];
-        [cells addObject:@{
+        [cells addObject:@ {
             @"text" : text([cell stringValue]),
-            @"enabled" : @([cell isEnabled]),
-            @"selected" : @([cell isHighlighted]),
-            @"shown" : numbers(on_screen(NSIntersectionRect(frame, [matrix visibleRect]), matrix, place)),
+            @"on_screen" : numbers(on_screen(NSIntersectionRect(frame, [matrix visibleRect]), matrix, place)),
         }];
     }
     return @ { @"cells" : cells };
@@ -157,29 +86,26 @@ NSDictionary *description_of_view(NSView *view, NSView *content, const Place &pl
     }
 
     NSMutableDictionary *description = [NSMutableDictionary dictionaryWithDictionary:@{
-        @"class" : class_name(view),
-        @"frame" : numbers([view frame]),
+        @"class" : NSStringFromClass([view class]),
         @"in_window" : numbers([view convertRect:[view bounds] toView:content]),
         @"on_screen" : numbers(on_screen([view bounds], view, place)),
-        @"shown" : numbers(on_screen([view visibleRect], view, place)),
-        @"hidden" : @([view isHidden]),
         @"visible" : @(![view isHiddenOrHasHiddenAncestor]),
-        @"tool_tip" : text([view toolTip]),
-        @"autoresizing" : @([view autoresizingMask]),
         @"views" : subviews,
     }];
-    const auto add = [&](Class kind, auto describe) {
-        if ([view isKindOfClass:kind]) {
-            [description addEntriesFromDictionary:describe(static_cast<id>(view))];
-        }
-    };
-    add([NSControl class], description_of_control);
-    add([NSButton class], description_of_button);
-    add([NSTextField class], description_of_text_field);
-    add([NSTextView class], description_of_text_view);
-    add([NSImageView class], description_of_image_view);
-    add([NSScrollView class], description_of_scroll_view);
-    add([NSMatrix class], [&](NSMatrix *matrix) { return description_of_matrix(matrix, place); });
+    if ([view isKindOfClass:[NSButton class]]) {
+        [description addEntriesFromDictionary:description_of_button(static_cast<NSButton *>(view))];
+    } else if ([view isKindOfClass:[NSTextField class]]) {
+        [description addEntriesFromDictionary:@{
+            @"label" : @(YES),
+            @"text" : text([static_cast<NSTextField *>(view) stringValue]),
+        }];
+    } else if ([view isKindOfClass:[NSTextView class]]) {
+        [description setObject:text([static_cast<NSTextView *>(view) string]) forKey:@"text"];
+    } else if ([view isKindOfClass:[NSImageView class]]) {
+        [description setObject:text([[static_cast<NSImageView *>(view) image] name]) forKey:@"image"];
+    } else if ([view isKindOfClass:[NSMatrix class]]) {
+        [description addEntriesFromDictionary:description_of_matrix(static_cast<NSMatrix *>(view), place)];
+    }
     return description;
 }
 
@@ -193,13 +119,8 @@ NSDictionary *description_of_window(NSWindow *window)
     }
     return @{
         @"title" : text([window title]),
-        @"class" : class_name(window),
         @"x_window" : @(static_cast<unsigned long>(place.window)),
-        @"level" : @([window level]),
         @"modal" : @([NSApp modalWindow] == window),
-        @"key" : @([window isKeyWindow]),
-        @"style_mask" : @([window styleMask]),
-        @"default_button" : text([[window defaultButtonCell] title]),
         @"frame" : numbers(on_screen([content bounds], content, place)),
         @"views" : views,
     };
@@ -215,7 +136,11 @@ std::string snapshot_of_application()
             [windows addObject:description_of_window(window)];
         }
     }
-    NSDictionary *application = @{@"active" : @([NSApp isActive]), @"windows" : windows};
+    NSDictionary *application = @{
+        @"windows" : windows,
+        @"presses" : @(pointer_events().presses),
+        @"moves" : @(pointer_events().moves),
+    };
     NSData *json = [NSJSONSerialization dataWithJSONObject:application options:0 error:nullptr];
     return std::string(static_cast<const char *>([json bytes]), [json length]);
 }
