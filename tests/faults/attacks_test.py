@@ -13,20 +13,42 @@ import pathlib
 import signal
 import subprocess
 import sys
-import time
+from collections.abc import Callable
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
-import kill_test as mac  # noqa: E402
+import scene  # noqa: E402
+from scene import HOME, as_ann  # noqa: E402
 
-HOME = mac.HOME
 FOREIGN = pathlib.Path("/srv/foreign")  # root's own; nothing of the product
 MARK = FOREIGN / "mark"                 # an attack that runs something as root leaves it
 BAIT = HOME / "bait"                    # what an attacker has prepared
-CALLS = pathlib.Path("/run/practice/record/calls")
+LOGS = HOME / "Library/Logs/Quorlen"    # the last of the locations
+SWAPS = 2000                            # folders that an attacker swaps while they are deleted
+
+# Swaps each folder for a link and back, over and over; prints how many swaps it made once some folder was gone.
+SWAPPER = """
+import atexit, os, signal, sys
+during, gone = 0, set()
+atexit.register(lambda: print(during, flush=True))
+signal.signal(signal.SIGTERM, lambda *_: sys.exit())
+print("swapping", flush=True)
+while len(gone) < int(sys.argv[2]):
+    for number in range(int(sys.argv[2])):
+        if number in gone:
+            continue
+        try:
+            os.rename(f"d{number}/e", f"d{number}/f")
+            os.symlink(sys.argv[1], f"d{number}/e")
+            os.unlink(f"d{number}/e")
+            os.rename(f"d{number}/f", f"d{number}/e")
+            during += bool(gone)
+        except OSError:
+            gone.add(number)
+"""
 
 
-def root_tree():
-    """Makes root's own folder anew, with entries that carry names of the product and entries that don't."""
+def root_tree() -> None:
+    """Makes root's own folder from scratch, with entries that carry names of the product and entries that don't."""
     subprocess.run(["rm", "-rf", FOREIGN, BAIT], check=True)
     for name in ("precious/file", "Quorlen/file"):
         path = FOREIGN / name
@@ -35,114 +57,98 @@ def root_tree():
     FOREIGN.chmod(0o755)
 
 
-def as_ann(*command, **environment):
-    """The command line that runs a command as the user."""
-    return ["/usr/bin/setpriv", "--reuid", "ann", "--regid", "ann", "--init-groups",
-            "/usr/bin/env", "-i", f"HOME={HOME}", "USER=ann", "LOGNAME=ann",
-            "PATH=/usr/bin:/bin", "LANG=C.UTF-8", "DISPLAY=:99",
-            "ASAN_OPTIONS=detect_leaks=0",  # as in kill_test.py
-            *(f"{name}={value}" for name, value in environment.items()), *map(str, command)]
-
-
-def shell_of_ann(script):
+def shell_of_ann(script: str) -> None:
     """Runs a shell script as the user, in his home."""
-    subprocess.run(as_ann("/bin/sh", "-euc", script), cwd=HOME, check=True)
+    subprocess.run(as_ann("/bin/sh", "-euc", script), cwd=HOME, check=True, timeout=scene.TIMEOUT)
 
 
-def removal(folder=HOME, **environment):
-    """Starts a removal that goes through; the environment is the attacker's."""
-    return subprocess.Popen([mac.TOOLS / "tracer", "--kill", "0",
-                             *as_ann(mac.TOOLS / "operation", "--gtest_filter=*Removal", **environment)],
-                            cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+def removed(folder: pathlib.Path = HOME, **environment: object) -> bool:
+    """Makes a removal, with the attacker's environment. Whether it ended well and all locations are gone."""
+    return ended_well(scene.start_operation("Removal", folder=folder, **environment))
 
 
-def finished(process):
-    """Waits for a removal and what it started."""
-    process.wait()
-    mac.no_script_runs()
+def ended_well(process: subprocess.Popen) -> bool:
+    status, output = scene.finished(process)
+    if status:
+        print(output)
+    return status == 0 and not LOGS.exists() and not pathlib.Path("/Applications/Quorlen.app").exists()
 
 
-def untouched():
+def untouched() -> bool:
     """Whether all of root's own is there, and nothing more."""
     return (FOREIGN / "precious/file").exists() and (FOREIGN / "Quorlen/file").exists() and not MARK.exists()
 
 
-def bait_program(name):
+def bait_program(name: str) -> None:
     """A program of the attacker's that would leave the mark if it ran as root."""
     shell_of_ann(f"mkdir -p {BAIT}; cd {BAIT}; printf '#!/bin/sh\\n: > {MARK}\\n' > {name}; chmod 755 {name}")
 
 
-def a_location_is_a_link():
+def a_location_is_a_link() -> bool:
     """A location is a link to somebody else's folder: the link goes, the folder stays."""
     shell_of_ann(f"rm -rf Library/Logs/Quorlen; ln -s {FOREIGN}/precious Library/Logs/Quorlen")
-    finished(removal())
-    return untouched() and not (HOME / "Library/Logs/Quorlen").is_symlink()
+    return removed() and untouched() and not LOGS.is_symlink()
 
 
-def an_entry_below_a_location_is_a_link():
+def an_entry_below_a_location_is_a_link() -> bool:
     """Below a location lie links to somebody else's folder: they go, the folder stays."""
     shell_of_ann(f"mkdir -p Library/Logs/Quorlen/deep; ln -s {FOREIGN} Library/Logs/Quorlen/deep/link")
-    finished(removal())
-    return untouched() and not (HOME / "Library/Logs/Quorlen").exists()
+    return removed() and untouched()
 
 
-def entries_are_swapped_while_they_are_deleted():
+def entries_are_swapped_while_they_are_deleted() -> bool:
     """While the superuser deletes, folders below a location become links to somebody else's folder, over and over."""
-    shell_of_ann("mkdir -p Library/Logs/Quorlen; cd Library/Logs/Quorlen; "
-                 "for i in $(seq 300); do mkdir -p d$i/e; for j in 1 2 3 4 5; do : > d$i/e/$j; done; done")
-    swapping = subprocess.Popen(as_ann("/bin/sh", "-c", f"""cd Library/Logs/Quorlen || exit
-        while :; do
-            for i in $(seq 300); do mv d$i/e d$i/f && ln -s {FOREIGN} d$i/e && rm d$i/e && mv d$i/f d$i/e; done
-        done
-        """), cwd=HOME, stderr=subprocess.DEVNULL, process_group=0)
-    finished(removal())
-    os.killpg(swapping.pid, signal.SIGKILL)
-    swapping.wait()
-    return untouched()
+    shell_of_ann(f"mkdir -p {LOGS}; cd {LOGS}; "
+                 f"for i in $(seq 0 {SWAPS - 1}); do mkdir -p d$i/e; for j in 1 2 3 4 5; do : > d$i/e/$j; done; done")
+    with subprocess.Popen(as_ann("/usr/bin/python3", "-ISc", SWAPPER, FOREIGN, SWAPS), cwd=LOGS, text=True,
+                          stdout=subprocess.PIPE) as swapping:
+        swapping.stdout.readline()
+        status, _ = scene.finished(scene.start_operation("Removal"))
+        swapping.terminate()
+        during = int(swapping.stdout.readline())
+    print(f"attack: {during} swaps were made after the first of {SWAPS} folders was deleted", flush=True)
+    # A folder that is swapped at the wrong moment can't be deleted; the removal then fails, and the next one completes.
+    return during > 0 and untouched() and (status == 0 or status == 1 and removed() and untouched())
 
 
-def a_parent_is_a_link():
+def a_parent_is_a_link() -> bool:
     """A folder above a location is a link: what carries the location's name in the other place is deleted."""
     shell_of_ann(f"rm -rf Library/Logs; ln -s {FOREIGN} Library/Logs")
-    finished(removal())
-    deleted = not (FOREIGN / "Quorlen").exists() and (FOREIGN / "precious/file").exists()
+    deleted = removed() and not (FOREIGN / "Quorlen").exists() and (FOREIGN / "precious/file").exists()
     shell_of_ann("rm Library/Logs; mkdir Library/Logs")
     return deleted
 
 
-def the_environment_is_hostile():
+def the_environment_is_hostile() -> bool:
     """Variables that shells, loaders and interpreters obey, and programs of the attacker's first on the search path."""
     for name in ("launchctl", "pkill", "rm", "sfltool", "cat", "sh", "startup"):
         bait_program(name)
     startup = BAIT / "startup"
-    finished(removal(PATH=f"{BAIT}:/usr/bin:/bin", ENV=startup, BASH_ENV=startup, IFS="/", SHELL=BAIT / "sh",
-                     SHELLOPTS="xtrace", PS4=f"$({startup})", TMPDIR=BAIT))
-    return untouched() and not (HOME / "Library/Logs/Quorlen").exists()
+    done = removed(PATH=f"{BAIT}:/usr/bin:/bin", ENV=startup, BASH_ENV=startup, IFS="/", SHELL=BAIT / "sh",
+                     SHELLOPTS="xtrace", PS4=f"$({startup})", TMPDIR=BAIT)
+    return done and untouched()
 
 
-def the_home_variable_points_elsewhere():
+def the_home_variable_points_elsewhere() -> bool:
     """HOME names somebody else's folder."""
     library = FOREIGN / "Library/Logs/Quorlen"
     library.mkdir(parents=True)
-    finished(removal(HOME=FOREIGN))
-    return untouched() and library.exists() and not (HOME / "Library/Logs/Quorlen").exists()
+    return removed(HOME=FOREIGN) and untouched() and library.exists()
 
 
-def the_working_folder_is_hostile():
+def the_working_folder_is_hostile() -> bool:
     """The tool is started in a folder with programs of the attacker's."""
     for name in ("cat", "sh", "rm", "eval", "exit", "set"):
         bait_program(name)
-    finished(removal(folder=BAIT))
-    return untouched()
+    return removed(folder=BAIT) and untouched()
 
 
-def the_text_is_overwritten():
+def the_text_is_overwritten() -> bool:
     """While the superuser's shell runs, the text that it was given is written to, through the tool's own descriptor."""
-    subprocess.run(["/opt/practice/stage", "tool", "launchctl", "hangs"], check=True)
-    earlier = CALLS.read_text().count("/launchctl\"")
-    process = removal()
-    subprocess.run(["/opt/practice/stage", "await", "launchctl", str(earlier + 1)], check=True)
-    tried, refused = 0, 0
+    scene.stage("tool", "launchctl", "hangs")
+    process = scene.start_operation("Removal")
+    tried = refused = 0
+    scene.wait_until(hanging_launchctl, "launchctl is called")
     for link in pathlib.Path("/proc").glob("[0-9]*/fd/*"):
         try:
             if "shell-text" not in os.readlink(link):
@@ -152,30 +158,26 @@ def the_text_is_overwritten():
         tried += 1
         attempt = subprocess.run(as_ann("/bin/sh", "-c", f"echo 'echo > {MARK}' >> {link}"), stderr=subprocess.DEVNULL)
         refused += attempt.returncode != 0
-    subprocess.run(["/opt/practice/stage", "tool", "launchctl", "real"], check=True)
-    while process.poll() is None:
-        for folder in pathlib.Path("/proc").glob("[0-9]*"):
-            try:
-                if b"\0/bin/launchctl\0" in (folder / "cmdline").read_bytes():
-                    os.kill(int(folder.name), signal.SIGKILL)
-            except OSError:
-                continue
-        time.sleep(0.05)
-    finished(process)
-    return tried > 0 and tried == refused and untouched()
+    scene.stage("tool", "launchctl", "real")
+    for pid in hanging_launchctl():
+        os.kill(pid, signal.SIGKILL)
+    return ended_well(process) and tried > 0 and tried == refused and untouched()
 
 
-def a_label_is_borrowed():
+def hanging_launchctl() -> list[int]:
+    return [pid for pid, command in scene.commands() if b"\0/bin/launchctl\0" in command]
+
+
+def a_label_is_borrowed() -> bool:
     """A process of somebody else's has a label of the product in its arguments: it is killed."""
     bystander = subprocess.Popen(["/bin/sh", "-c", "sleep 600; : com.vendrel.QuorlenDaemon"], process_group=0)
-    finished(removal())
-    killed = bystander.wait(timeout=60) == -signal.SIGTERM
+    killed = removed() and bystander.wait(timeout=60) == -signal.SIGTERM
     os.killpg(bystander.pid, signal.SIGKILL)  # the sleep that it waited for
     return killed
 
 
 # The attack, and whether the design withstands it.
-ATTACKS = {
+ATTACKS: dict[Callable[[], bool], bool] = {
     a_location_is_a_link: True,
     an_entry_below_a_location_is_a_link: True,
     entries_are_swapped_while_they_are_deleted: True,
@@ -188,12 +190,12 @@ ATTACKS = {
 }
 
 
-def inside():
+def inside() -> int:
     """Tries all of them, and returns the exit status."""
     wrong = 0
     for attack, withstood in ATTACKS.items():
         root_tree()
-        mac.stage("Removal")
+        scene.set_up("Removal")
         as_documented = attack()
         wrong += not as_documented
         print(f"attack: {attack.__doc__.splitlines()[0]} {'Withstood' if withstood else 'Cannot be withstood'}"
@@ -202,4 +204,4 @@ def inside():
 
 
 if __name__ == "__main__":
-    sys.exit(inside() if sys.argv[1:] == ["", "inside"] else mac.outside("", pathlib.Path(__file__)))
+    sys.exit(inside() if sys.argv[1:] == ["inside"] else scene.run_in_mac(__file__))

@@ -8,88 +8,25 @@ The tool and its archiver are killed together, as when a machine is switched off
 it would not, and is waited for. Runs in a practice Mac of its own; QUORLEN_BUILD names the build folder (build/linux).
 """
 
-import os
 import pathlib
-import subprocess
 import sys
-import time
 import zipfile
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
-BUILD = pathlib.Path(os.environ.get("QUORLEN_BUILD", ROOT / "build/linux"))
-COMMAND = ROOT / "practice-mac/practice-mac"
-TOOLS = BUILD / "tests/faults"
-HOME = pathlib.Path("/Users/ann")
-LICENCE = HOME / "Library/Application Support/Quorlen/.licence"
-DESKTOP = HOME / "Desktop"
-CHOSEN = HOME / "chosen.zip"
-OLD, NEW = b"A" * 20_000, b"B" * 15_000
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+import scene  # noqa: E402
+from scene import CHOSEN, DESKTOP, LICENCE, NEW, OLD  # noqa: E402
 
 
-def outside(moments, script=pathlib.Path(__file__)):
-    """Starts a practice Mac and goes on in it as root, with this script or another one. Returns the exit status."""
-    seat = subprocess.run([COMMAND, "start", "--bind", BUILD, "--bind", ROOT / "tests"], check=True, text=True,
-                          stdout=subprocess.PIPE).stdout.strip()
-    try:
-        return subprocess.run([COMMAND, "run", seat, "--root", "--env", f"QUORLEN_BUILD={BUILD}", "--",
-                               "/usr/bin/python3", "-B", script.resolve(), moments, "inside"]).returncode
-    finally:
-        subprocess.run([COMMAND, "stop", seat], check=True)
+def run(operation: str, kill_at: int) -> tuple[int, int]:
+    """Runs an operation, killed before a call (0: never), which may then have no cleanup script that still runs. Returns
+    its status and its number of calls."""
+    status, output = scene.finished(scene.start_operation(operation, kill_at))
+    if kill_at == 0 and status:
+        raise SystemExit(f"kill: {operation} does not complete:\n{output}")
+    return status, int(output.split()[-1])
 
 
-def run(operation, kill_at):
-    """Runs an operation as the user, killed before a call (0: never). Returns its status and its number of calls."""
-    done = subprocess.run(
-        [TOOLS / "tracer", "--kill", str(kill_at),
-         "/usr/bin/setpriv", "--reuid", "ann", "--regid", "ann", "--init-groups", "/usr/bin/env", "-i",
-         f"HOME={HOME}", "USER=ann", "LOGNAME=ann", "PATH=/usr/bin:/bin", "LANG=C.UTF-8", "DISPLAY=:99",
-         "ASAN_OPTIONS=detect_leaks=0",  # of a sanitized build: the leak check would have to trace the program itself
-         f"QUORLEN_ARCHIVE={CHOSEN}", TOOLS / "operation", f"--gtest_filter=*{operation}"],
-        cwd=HOME, text=True, capture_output=True)
-    if kill_at == 0 and done.returncode:
-        raise SystemExit(f"kill: {operation} does not complete:\n{done.stdout}{done.stderr}")
-    return done.returncode, int(done.stdout.split()[-1])
-
-
-def no_script_runs():
-    """Waits until nothing of the cleanup script runs any more."""
-    def runs():
-        for folder in pathlib.Path("/proc").glob("[0-9]*"):
-            try:
-                command = (folder / "cmdline").read_bytes()
-            except OSError:
-                continue
-            if command.startswith((b"/usr/bin/pkexec\0", b"/bin/sh\0-c\0eval")):
-                return True
-        return False
-    while runs():
-        time.sleep(0.01)
-
-
-def write_as_ann(path, content):
-    """Writes a file of the user's, with its folders."""
-    missing = [folder for folder in [path, *path.parents] if not folder.exists()]
-    path.parent.mkdir(parents=True, exist_ok=True)
-    path.write_bytes(content)
-    owner = HOME.stat()
-    for made in missing:
-        os.chown(made, owner.st_uid, owner.st_gid)
-
-
-def stage(operation):
-    """Puts everything into its first state."""
-    for path in DESKTOP.glob("Quorlen-*"):
-        path.unlink()
-    if operation == "Removal":
-        subprocess.run(["/opt/practice/stage", "plant", "--no-agent", "--no-daemon"], check=True)
-    else:
-        with zipfile.ZipFile(CHOSEN, "w") as archive:
-            archive.writestr("folder/.licence", NEW)
-        CHOSEN.chmod(0o644)
-    write_as_ann(LICENCE, OLD)
-
-
-def archives_hold(licence):
+def archives_hold(licence: bytes) -> bool:
     """Whether one of the archives holds the licence, complete."""
     for path in [*DESKTOP.glob("*.zip"), CHOSEN]:
         try:
@@ -101,28 +38,28 @@ def archives_hold(licence):
     return False
 
 
-def complete(licence):
+def complete(licence: bytes) -> bool:
     """Whether a licence is complete in its own place or in an archive."""
     return LICENCE.is_file() and LICENCE.read_bytes() == licence or archives_hold(licence)
 
 
-def kill_everywhere(operation, wanted):
+def kill_everywhere(operation: str, wanted: int) -> list[str]:
     """Kills an operation at so many moments (0: at each). Returns what was found wrong."""
-    stage(operation)
+    scene.set_up(operation)
     _, calls = run(operation, 0)
     count = min(wanted or calls, calls)
     moments = sorted({1 + number * calls // count for number in range(count)})
     found, killed, windows = [], 0, 0
     for moment in moments:
-        stage(operation)
-        status, _ = run(operation, moment)
-        killed += status == 128 + 9
+        scene.set_up(operation)
+        process = scene.start_operation(operation, moment)
+        killed += process.wait(scene.TIMEOUT) == scene.KILLED
         # A restore's user has agreed to lose the old licence; the new one is in the chosen archive.
         licence = OLD if operation == "Removal" else NEW
         windows += not LICENCE.exists()
         if not complete(licence):
             found.append(f"{operation}, killed before call {moment}: the licence is nowhere complete")
-        no_script_runs()
+        scene.finished(process)
         if not complete(licence):
             found.append(f"{operation}, killed before call {moment}: the licence is gone once the script has ended")
         run(operation, 0)
@@ -137,7 +74,7 @@ def kill_everywhere(operation, wanted):
     return found
 
 
-def inside(wanted):
+def inside(wanted: int) -> int:
     """Does all of it, and returns the exit status."""
     found = kill_everywhere("Restore", wanted) + kill_everywhere("Removal", wanted)
     print("\n".join(found), end="\n" if found else "")
@@ -146,4 +83,4 @@ def inside(wanted):
 
 if __name__ == "__main__":
     words = sys.argv[1:]
-    sys.exit(inside(int(words[0])) if words[1:] == ["inside"] else outside(words[0] if words else "0"))
+    sys.exit(inside(int(words[1])) if words[:1] == ["inside"] else scene.run_in_mac(__file__, words[0] if words else "0"))
