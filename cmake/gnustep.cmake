@@ -14,7 +14,7 @@ list(FILTER compile_flags EXCLUDE REGEX "^-(I|M|g$|O|W)")
 list(FILTER link_flags EXCLUDE REGEX "^-(L|shared-libgcc$)")
 
 # <objc/objc.h> of the C runtime lies among GCC's own headers.
-file(GLOB objc_header "/usr/lib/gcc/*/12/include/objc/objc.h")
+file(GLOB objc_header "${CMAKE_SYSROOT}/usr/lib/gcc/*/12/include/objc/objc.h")
 if(NOT objc_header)
     message(FATAL_ERROR "No <objc/objc.h>: libobjc-12-dev is missing. Run script/bootstrap.")
 endif()
@@ -24,7 +24,7 @@ cmake_path(GET objc_folder PARENT_PATH gcc_include_folder)
 add_library(gnustep-flags INTERFACE)
 target_link_libraries(gnustep-flags INTERFACE project-options ${link_flags} X11)
 target_compile_options(gnustep-flags INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${compile_flags};-fobjc-runtime=gcc;-fblocks>")
-target_include_directories(gnustep-flags SYSTEM INTERFACE /usr/include/GNUstep "${gcc_include_folder}")
+target_include_directories(gnustep-flags SYSTEM INTERFACE "${CMAKE_SYSROOT}/usr/include/GNUstep" "${gcc_include_folder}")
 target_include_directories(gnustep-flags INTERFACE "${PROJECT_SOURCE_DIR}/platform/gnustep/include")
 # The GNU runtime's metadata is all pointers: as plain relocations they were a third of the executable.
 target_link_options(gnustep-flags INTERFACE -Wl,-z,pack-relative-relocs)

@@ -1,26 +1,31 @@
 // Records which functions of the slice a run enters: a breakpoint on the first instruction of each.
+#include "Machine.hpp"
 #include "Slice.hpp"
 
 #include <csignal>
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <ucontext.h>
 #include <unistd.h>
-#include <utility>
 
 namespace
 {
 
 std::vector<std::uint8_t *> functions;
-std::vector<std::uint8_t> firstBytes;
+std::vector<std::vector<std::uint8_t>> firstInstructions;
 std::uint8_t *entered; // In the file.
+
+void write(std::uint8_t *function, std::span<const std::uint8_t> instruction)
+{
+    std::ranges::copy(instruction, function);
+    __builtin___clear_cache(
+        reinterpret_cast<char *>(function), reinterpret_cast<char *>(function) + instruction.size());
+}
 
 void handleBreakpoint(int, siginfo_t *, void *context)
 {
-    auto &next = static_cast<ucontext_t *>(context)->uc_mcontext.gregs[REG_RIP];
-    auto *function = reinterpret_cast<std::uint8_t *>(--next);
+    auto *function = machine::takeBreakpoint(*static_cast<ucontext_t *>(context));
     const auto index = std::ranges::lower_bound(functions, function) - functions.begin();
-    *function = firstBytes[index];
+    write(function, firstInstructions[index]);
     entered[index] = 1;
 }
 
@@ -47,6 +52,7 @@ void recordCoverage(const Image &image, const std::string &path)
     const auto code = image.section<std::uint8_t>("__text");
     mprotect(image.header, &*code.end() - image.header, PROT_READ | PROT_WRITE | PROT_EXEC);
     for (auto *function : functions) {
-        firstBytes.push_back(std::exchange(*function, 0xcc));
+        firstInstructions.emplace_back(function, function + machine::breakpoint.size());
+        write(function, machine::breakpoint);
     }
 }

@@ -1,4 +1,5 @@
 // Maps, rebases and binds the slice. Reads Mach-O as Apple's <mach-o/fat.h> and <mach-o/loader.h> document it.
+#include "Machine.hpp"
 #include "Slice.hpp"
 
 #include <cstdlib>
@@ -115,18 +116,18 @@ void fixUp(Fixer fixer, const Steps &steps)
     }
 }
 
-/// The slice as a file of its own. A universal file begins with a big-endian table: its mark, the number of slices, and
-/// for each of them processor, kind of processor, offset, size and alignment.
-Bytes intelSlice(Bytes file)
+/// This machine's slice as a file of its own. A universal file begins with a big-endian table: its mark, the number of
+/// slices, and for each of them processor, kind of processor, offset, size and alignment.
+Bytes ownSlice(Bytes file)
 {
-    constexpr std::uint32_t universal = 0xcafebabe, machO = 0xfeedfacf, intel = 0x01000007, executable = 2;
+    constexpr std::uint32_t universal = 0xcafebabe, machO = 0xfeedfacf, executable = 2;
     const auto word = [whole = file](std::size_t index) { return be32toh(at<std::uint32_t>(whole, index * 4)); };
     for (std::size_t slice = 2; word(0) == universal && slice < 2 + 5 * std::size_t { word(1) }; slice += 5) {
-        file = word(slice) == intel ? part(file, word(slice + 2), word(slice + 3)) : file;
+        file = word(slice) == machine::processor ? part(file, word(slice + 2), word(slice + 3)) : file;
     }
     const auto [mark, processor, processorKind, fileKind] = at<std::array<std::uint32_t, 4>>(file, 0);
-    if (mark != machO || processor != intel || fileKind != executable) {
-        refuse("the file is no Mach-O executable for x86_64");
+    if (mark != machO || processor != machine::processor || fileKind != executable) {
+        refuse("the file is no Mach-O executable for " + std::string(machine::name));
     }
     return file;
 }
@@ -143,7 +144,7 @@ Image::Image(const std::string &path)
 {
     std::ifstream stream(path, std::ios::binary);
     const std::vector<std::uint8_t> content(std::istreambuf_iterator<char>(stream), {});
-    const Bytes file = intelSlice(content);
+    const Bytes file = ownSlice(content);
 
     // The load commands. What the idle ones say changes nothing that runs: symbols, dylibs, dyld, UUID, signature,
     // versions, data in code.

@@ -1,6 +1,7 @@
 // Finds what the slice imports, or bridges it: GNUstep's classes and functions, Apple's runtime calls on top of GNU's
 // runtime (libobjc 4), the C++ libraries. The calls are those that Apple's <objc/message.h> and <objc/objc-exception.h>
 // and clang's "Objective-C Automatic Reference Counting" (runtime support) document.
+#include "Machine.hpp"
 #include "Slice.hpp"
 
 #import <Cocoa/Cocoa.h>
@@ -15,8 +16,6 @@
 #include <utility>
 
 extern "C" {
-extern const char sendMessage, sendMessageForStructure, sendSuper; // In Sends.S.
-
 /// Apple's reference names the class in which the message is written, GNU's that class's superclass.
 IMP lookUpSuperMethod(const objc_super *reference, SEL selector)
 {
@@ -78,8 +77,7 @@ std::uintptr_t address(auto *thing)
 std::map<std::string_view, std::uintptr_t> makeBridges()
 {
     return {
-        { "_objc_msgSend", address(&sendMessage) }, { "_objc_msgSend_stret", address(&sendMessageForStructure) },
-        { "_objc_msgSendSuper2", address(&sendSuper) },
+        { "_objc_msgSend", address(&sendMessage) }, { "_objc_msgSendSuper2", address(&sendSuper) },
         { "_objc_alloc", address(+[](Class type) { return [type alloc]; }) },
         { "_objc_retain", address(+[](id object) { return [object retain]; }) },
         { "_objc_release", address(+[](id object) { [object release]; }) },
@@ -139,6 +137,7 @@ std::uintptr_t addressOfImport(std::string_view name)
         static void *const secondLibrary = dlopen("libc++.so.1", RTLD_NOW);
         found = address(dlsym(RTLD_DEFAULT, plain.c_str()) ?: dlsym(secondLibrary, plain.c_str()));
     }
+    found = machine::bridgedImport(name, found);
     if (!found) {
         refuse("the slice imports " + std::string(name) + ", which is not known");
     }

@@ -1,9 +1,18 @@
 // Makes the slice's Objective-C known to GNU's runtime (libobjc 4). Reads the metadata that clang lays out for Apple's
 // runtime: its lib/CodeGen/CGObjCMac.cpp, "non-fragile ABI".
+#include "Machine.hpp"
 #include "Slice.hpp"
 
+#import <AppKit/AppKit.h>
 #import <objc/runtime.h>
 #include <utility>
+
+// The runtime knows a protocol when a class that it knows adopts it.
+@interface Adopter : NSObject <NSApplicationDelegate>
+@end
+
+@implementation Adopter
+@end
 
 namespace
 {
@@ -32,12 +41,22 @@ struct Variable {
     std::uint32_t alignment, size; // The alignment as a power of two.
 };
 
+struct ProtocolRecord {
+    const void *isa;
+    const char *name;
+};
+
+struct ProtocolList {
+    std::uint64_t count;
+    const ProtocolRecord *entries[];
+};
+
 struct Description {
     std::uint32_t flags, start, size, reserved;
     const void *layout;
     const char *name;
     const List<Method> *methods;
-    const void *protocols;
+    const ProtocolList *protocols;
     const List<Variable> *variables;
 };
 
@@ -51,6 +70,7 @@ struct CategoryRecord {
     const char *name;
     const ClassRecord *extended;
     const List<Method> *methods, *classMethods;
+    const ProtocolList *protocols;
 };
 
 /// The runtime's class for a reference to a class, which the slice has either from the platform or from its own
@@ -74,6 +94,23 @@ void addMethods(Class extended, const List<Method> *methods)
     }
 }
 
+Protocol *protocolOf(const ProtocolRecord *record)
+{
+    Protocol *protocol = objc_getProtocol(record->name);
+    if (!protocol) {
+        refuse("the slice names the protocol " + std::string(record->name) + ", which is not known");
+    }
+    return protocol;
+}
+
+void adoptProtocols(Class adopting, const ProtocolList *protocols)
+{
+    for (const auto *record :
+        protocols ? std::span(protocols->entries, protocols->count) : std::span<const ProtocolRecord *const> {}) {
+        class_addProtocol(adopting, protocolOf(record));
+    }
+}
+
 void addClass(const Image &image, const ClassRecord *record)
 {
     const Description &own = *record->description;
@@ -84,6 +121,7 @@ void addClass(const Image &image, const ClassRecord *record)
     }
     addMethods(added, own.methods);
     addMethods(object_getClass(added), record->metaclass->description->methods);
+    adoptProtocols(added, own.protocols);
     objc_registerClassPair(added);
     for (const auto &variable : variables) { // The compiler may have put offsets into instructions: they cannot change.
         const auto offset = ivar_getOffset(class_getInstanceVariable(added, variable.name));
@@ -98,10 +136,9 @@ void addClass(const Image &image, const ClassRecord *record)
 
 void connectMetadata(const Image &image)
 {
-    // Protocols and properties are for asking about classes; here nobody asks.
-    constexpr std::array<std::string_view, 12> known { "__objc_methname", "__objc_classrefs", "__objc_superrefs",
+    constexpr std::array<std::string_view, 13> known { "__objc_methname", "__objc_classrefs", "__objc_superrefs",
         "__objc_selrefs", "__objc_classlist", "__objc_catlist", "__objc_nlcatlist", "__objc_const", "__objc_data",
-        "__objc_ivar", "__objc_imageinfo", "__objc_protolist" };
+        "__objc_ivar", "__objc_imageinfo", "__objc_protolist", "__objc_protorefs" };
     for (const auto &[name, content] : image.sections) {
         if (name.starts_with("__objc_") && !std::ranges::count(known, name)) {
             refuse("the slice has Objective-C metadata in " + name + ", which is not known");
@@ -114,7 +151,11 @@ void connectMetadata(const Image &image)
         flags = std::exchange(bytes, length); // GNUstep's has the class, the bytes and their number.
     }
     for (auto &selector : image.section<const char *>("__objc_selrefs")) {
-        selector = reinterpret_cast<const char *>(sel_registerName(selector));
+        const char *name = std::exchange(selector, reinterpret_cast<const char *>(sel_registerName(selector)));
+        machine::noteSelector(image, name, selector);
+    }
+    for (auto &reference : image.section<const void *>("__objc_protorefs")) {
+        reference = protocolOf(static_cast<const ProtocolRecord *>(reference));
     }
     for (const auto *record : image.section<const ClassRecord *>("__objc_classlist")) {
         addClass(image, record);
@@ -123,6 +164,7 @@ void connectMetadata(const Image &image)
         const Class extended = classOf(image, category->extended);
         addMethods(extended, category->methods);
         addMethods(object_getClass(extended), category->classMethods);
+        adoptProtocols(extended, category->protocols);
     }
     for (const auto name : { "__objc_classrefs", "__objc_superrefs" }) {
         for (auto &reference : image.section<const void *>(name)) {

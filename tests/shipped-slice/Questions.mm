@@ -61,6 +61,9 @@ void sendMouseMoved()
     expect([[[controller restoreLicenseButton] title] isEqualToString:@"Restore License"],
         "the controller has its button");
     expect([controller lastBackupPath] == nil, "no archive was made");
+    // By name: the runtime doesn't know a @protocol of this bundle, since no class here adopts it.
+    expect([[controller class] conformsToProtocol:NSProtocolFromString(@"NSApplicationDelegate")],
+        "the controller's class says that it is an application's delegate");
     expect([[controller shellQuotedString:@"o'neil"] isEqualToString:@"'o'\\''neil'"], "a quotation mark is quoted");
 
     NSButton *hidden = [[controller overrideButton] retain];

@@ -1,7 +1,7 @@
-/// Running the Intel slice of a Mac executable on Debian, with GNUstep in AppKit's place: the steps of it, in order.
+/// Running a slice of a Mac executable on Debian, with GNUstep in AppKit's place: the steps of it, in order.
 ///
-/// Each step knows what our compiler and linker write for macOS 10.13. Whatever else it meets it refuses, before
-/// anything of the slice has run.
+/// Each step knows what our compiler and linker write for macOS; what differs between the machines is in Machine.hpp.
+/// Whatever else it meets it refuses, before anything of the slice has run.
 #pragma once
 
 #include <algorithm>
@@ -21,7 +21,7 @@ std::uintptr_t addressOfImport(std::string_view name);
 
 /// The slice in memory. It stays there until the program ends.
 struct Image {
-    /// Maps the slice of a universal or Intel executable at another address than it was linked for, and binds its
+    /// Maps this machine's slice of an executable at another address than it was linked for, and binds its
     /// imports.
     explicit Image(const std::string &path);
 

@@ -1,6 +1,7 @@
 // Makes the slice's frames known to GCC's unwinder. Reads compact unwind information as Apple's
-// <mach-o/compact_unwind_encoding.h> documents it, and writes DWARF's: System V x86-64 psABI, 4.2.4; Linux Standard
-// Base, "Exception Frames".
+// <mach-o/compact_unwind_encoding.h> documents it, and writes DWARF's: Linux Standard Base, "Exception
+// Frames".
+#include "Machine.hpp"
 #include "Slice.hpp"
 
 void registerEntries(const void *entries) __asm__("__register_frame"); // libgcc
@@ -10,32 +11,22 @@ namespace
 
 /// A function's frame in DWARF's words: a common entry of its own and, behind it, the description entry.
 struct [[gnu::packed]] Frame {
-    // Version 1, "zPLR", code in steps of 1, data in steps of -8, return address in column 16; absolute pointers. The
-    // frame's address is rbp + 16, and right below it lie the return address and the caller's rbp.
+    // Version 1, "zPLR", code in steps of 1, data in steps of -8, the return address's column; absolute pointers.
     std::uint32_t commonSize = 36, commonId = 0;
-    std::array<std::uint8_t, 11> common { 1, 'z', 'P', 'L', 'R', 0, 1, 0x78, 16, 11, 0 };
+    std::array<std::uint8_t, 11> common { 1, 'z', 'P', 'L', 'R', 0, 1, 0x78, machine::returnAddress, 11, 0 };
     std::uint64_t personality = 0;
-    std::array<std::uint8_t, 13> rules { 0, 0, 0x0c, 6, 16, 0x80 | 16, 1, 0x80 | 6, 2 };
+    std::array<std::uint8_t, 13> rules { 0, 0, 0x0c, machine::framePointer, 16, savedAt(machine::returnAddress), 1,
+        savedAt(machine::framePointer), 2 };
 
-    std::uint32_t size = 44, distanceToCommon = 44;
+    std::uint32_t size = 84, distanceToCommon = 44;
     const std::uint8_t *function = nullptr;
     std::uint64_t functionSize = 0;
     std::uint8_t handlersSize = 8;
     const std::uint8_t *handlers = nullptr;
-    std::array<std::uint8_t, 15> savedRegisters {};
-};
+    std::array<std::uint8_t, 55> savedRegisters {};
 
-void setRegisters(Frame &frame, std::uint32_t encoding)
-{
-    constexpr std::uint8_t columns[] { 0, 3, 12, 13, 14, 15, 0, 0 }; // Of none, rbx and r12 to r15.
-    auto *rule = frame.savedRegisters.data();
-    for (std::uint32_t i = 0, depth = encoding >> 16 & 0xff; i < 5; ++i) {
-        if (const auto column = columns[encoding >> 3 * i & 7]) {
-            *rule++ = 0x80 | column;
-            *rule++ = static_cast<std::uint8_t>(2 + depth - i);
-        }
-    }
-}
+    static std::uint8_t savedAt(std::uint8_t column) { return 0x80 | column; }
+};
 
 }
 
@@ -66,8 +57,9 @@ void registerFrames(const Image &image)
             const auto number = entries[i] >> 24;
             const auto encoding = number < commonCount ? words(commonOffset)[number]
                                                        : words(content + encodingsOffset)[number - commonCount];
-            if ((encoding >> 24 & 0xf) != 1) {
-                refuse("a function keeps no frame pointer");
+            const auto rules = machine::savedRegisters(encoding);
+            if (!rules) {
+                continue;
             }
             const auto function = page + (entries[i] & 0xffffff);
             const auto end = i + 1 < entryCount ? page + (entries[i + 1] & 0xffffff) : pages[p + 1][0];
@@ -82,7 +74,7 @@ void registerFrames(const Image &image)
                 for (; (*handlers)[0] < function; ++handlers) { }
                 frame.handlers = image.header + (*handlers)[1];
             }
-            setRegisters(frame, encoding);
+            std::ranges::copy(*rules, frame.savedRegisters.begin());
         }
     }
     frames.emplace_back().commonSize = 0; // The end.

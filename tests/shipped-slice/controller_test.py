@@ -10,8 +10,8 @@ import driver
 
 
 class ControllerTest(unittest.TestCase):
-    def test_every_question_is_answered(self):
-        bundle = slices.BUILD / "tests/shipped-slice/Questions.bundle"
+    def test_every_question_is_answered(self) -> None:
+        bundle = slices.BUILD / "tests/shipped-slice" / "Questions.bundle"
         with driver.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
             mac.run(str(driver.TOOL), "-GSAppKitUserBundles", f'("{bundle}")')
 

@@ -1,4 +1,4 @@
-// Runs the Intel slice of a Mac executable on Debian: the one to which the link "Slice" beside this program leads, with
+// Runs a slice of a Mac executable on Debian: the one to which the link "Slice" beside this program leads, with
 // this program's arguments and environment. If there is a file "Coverage" too, it gets what the slice's functions were
 // entered.
 #include "Slice.hpp"

@@ -1,5 +1,6 @@
 """Compares pictures of the window that the shipped slice opens with those of the native build's, pixel by pixel."""
 
+import pathlib
 import subprocess
 import sys
 import unittest
@@ -10,7 +11,7 @@ sys.path.insert(0, str(slices.ROOT / "tests/driver"))
 import driver
 
 
-def pictures(mac, name, program):
+def pictures(mac: driver.PracticeMac, name: str, program: pathlib.Path) -> tuple[pathlib.Path, pathlib.Path]:
     """Opens a program, and returns the paths of two pictures of its window: as it is launched, and with Shift held."""
     driver.TOOL = program
     with mac.open_tool() as tool:
@@ -23,7 +24,8 @@ def pictures(mac, name, program):
     return launched, shifted
 
 
-def differing_pixels(one, other):
+def differing_pixels(one: pathlib.Path, other: pathlib.Path) -> int:
+    """Returns the number of pixels in which two pictures differ."""
     compared = subprocess.run(["compare", "-metric", "AE", one, other, "null:"], stderr=subprocess.PIPE, text=True)
     if compared.returncode > 1:
         raise AssertionError(f"the pictures cannot be compared: {compared.stderr}")
@@ -31,13 +33,14 @@ def differing_pixels(one, other):
 
 
 class PictureTest(unittest.TestCase):
-    def test_the_launched_window_is_the_native_builds(self):
-        native, shipped = slices.BUILD / f"{slices.PRODUCT}.app" / slices.PRODUCT, driver.TOOL
+    def test_the_launched_window_is_the_native_builds(self) -> None:
+        native, shipped = slices.NATIVE_BUILD / f"{slices.PRODUCT}.app" / slices.PRODUCT, driver.TOOL
         with driver.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
-            native_pictures = pictures(mac, "native", native)
-            shipped_pictures = pictures(mac, "shipped", shipped)
+            shipped_pictures = pictures(mac, slices.MACHINE, shipped)
+            driver.INSPECTOR = slices.NATIVE_BUILD / "Inspector.bundle"
+            native_pictures = pictures(mac, f"native-for-{slices.MACHINE}", native)
         differing = list(map(differing_pixels, native_pictures, shipped_pictures))
-        print("Pixels in which the shipped slice's window differs from the native build's: "
+        print(f"Pixels in which the shipped slice's window ({slices.MACHINE}) differs from the native build's: "
               f"{differing[0]} as launched, {differing[1]} with Shift held.")
         self.assertEqual([0, 0], differing)
         self.assertGreater(differing_pixels(*shipped_pictures), 0, "a window that shows another button must differ")

@@ -3,14 +3,19 @@
 #import <Cocoa/Cocoa.h>
 
 #include <memory>
+#include <stdexcept>
 
 extern "C" int puts(const char *);
 
 // What the product doesn't use, and its declarations of the platform therefore lack.
 
+@protocol NSCopying
+@end
+
 @interface NSObject (SelfTest)
 - (Class)class;
 - (BOOL)isKindOfClass:(Class)kind;
++ (BOOL)conformsToProtocol:(Protocol *)protocol;
 @end
 
 @interface NSArray (SelfTest)
@@ -69,6 +74,18 @@ bool storyWas(NSString *expected)
 struct Value {
 };
 
+/// Small enough to be returned in registers.
+struct Pair {
+    double first, second;
+};
+
+/// Larger than what is returned in registers.
+struct Large {
+    long numbers[5];
+};
+
+using Vector = float __attribute__((vector_size(16)));
+
 /// Tells of its end.
 struct Guard {
     NSString *event;
@@ -94,7 +111,7 @@ struct Guard {
 
 @end
 
-@interface Descendant : Ancestor {
+@interface Descendant : Ancestor <NSApplicationDelegate> {
     BOOL _small;
     std::shared_ptr<Value> _shared;
     NSString *_text;
@@ -159,6 +176,26 @@ struct Guard {
     return NSMakeRect(x, 2, 3, 4);
 }
 
+- (Large)largeFrom:(long)first
+{
+    return { { first, first + 1, first + 2, first + 3, first + 4 } };
+}
+
+- (float)lastOf:(Vector)vector
+{
+    return vector[3];
+}
+
+- (double)same:(double)number
+{
+    return number;
+}
+
+- (Pair)pairOf:(double)number
+{
+    return { number, number };
+}
+
 - (void)fail
 {
     Guard guard { @"(method left)" };
@@ -173,7 +210,7 @@ struct Guard {
 
 @end
 
-@interface Descendant (Category)
+@interface Descendant (Category) <NSCopying>
 @end
 
 @implementation Descendant (Category)
@@ -181,6 +218,18 @@ struct Guard {
 - (NSString *)overridden
 {
     return @"category";
+}
+
+@end
+
+@interface Failure : NSException
+@end
+
+@implementation Failure
+
++ (void)raise:(NSString *)name format:(NSString *)format, ...
+{
+    [super raise:name format:@"%@ %d %.1f", format, 7, 2.5];
 }
 
 @end
@@ -221,6 +270,10 @@ void testClasses()
     expect([[@"ab" twice] isEqualToString:@"abab"], "a category adds to a class of the platform");
     expect(loads == 1, "a category is sent its load once, before main");
     expect([[[NSString nothing] twice] length] == 0, "a category adds a class method");
+    expect([Descendant conformsToProtocol:@protocol(NSApplicationDelegate)] &&
+            ![Ancestor conformsToProtocol:@protocol(NSApplicationDelegate)],
+        "a class adopts a protocol");
+    expect([Descendant conformsToProtocol:@protocol(NSCopying)], "a category adopts a protocol");
 
     const auto shared = std::make_shared<Value>();
     [object share:shared];
@@ -229,6 +282,10 @@ void testClasses()
     [object setText:text];
     [object setSameText:text];
     expect([[object text] isEqualToString:@"7 text 2.5"] && [object sameText] == text, "properties keep and copy");
+    [story setString:@"a"];
+    [object setText:story];
+    tell(@"b");
+    expect([[object text] isEqualToString:@"a"], "a property copies a text that can change");
     [object setText:nil];
     [story setString:@""];
     [object setSameText:nil];
@@ -255,8 +312,18 @@ void testMessages()
     const NSRect platforms = [[NSValue valueWithRect:own] rectValue];
     expect(platforms.origin.x == 1 && platforms.size.height == 4,
         "a method of the platform takes and returns a structure");
+    const Large large = [object largeFrom:7];
+    expect(large.numbers[0] == 7 && large.numbers[4] == 11, "a method returns a structure in memory");
+    expect([object lastOf:Vector { 1, 2, 3, 4 }] == 4, "a method takes a vector");
     Descendant *nobody = nil;
     expect([nobody name] == nil && ![nobody isKindOfClass:[object class]], "a message to nil gives nothing");
+    const Pair pair = [nobody pairOf:7];
+    expect([nobody same:7] == 0 && pair.first == 0 && pair.second == 0 && [nobody largeFrom:7].numbers[4] == 0,
+        "a message to nil gives zero, of any type");
+    expect([[@"1" stringByAppendingFormat:@" %d %.1f %d %.1f %d %.1f %@ %d %.1f %.1f %.1f %.1f %.1f %.1f %@", 2, 3.5, 4,
+               5.5, 6, 7.5, @"8", 9, 10.5, 11.5, 12.5, 13.5, 14.5, 15.5, @"16"]
+               isEqualToString:@"1 2 3.5 4 5.5 6 7.5 8 9 10.5 11.5 12.5 13.5 14.5 15.5 16"],
+        "a message has a variable number of arguments");
 }
 
 void testCollections()
@@ -336,14 +403,69 @@ void passThroughPlatform(void (*raise)())
     }
 }
 
+void *deleted;
+
+/// Its memory stays, so that its address can be looked at.
+struct Trouble : std::length_error {
+    using length_error::length_error;
+    [[gnu::noinline]] static void operator delete(void *memory) { deleted = memory; }
+};
+
+/// Calls `raise`, and uses all registers that a function must preserve.
+[[gnu::noinline]] double useRegisters(void (*raise)(), const long *n, const double *d)
+{
+    const long a = n[0] * 3, b = n[1] * 5, c = n[2] * 7, e = n[3] * 11, f = n[4] * 13, g = n[5] * 17, h = n[6] * 19;
+    const double i = d[0] * 3, j = d[1] * 5, k = d[2] * 7, l = d[3] * 11, m = d[4] * 13, o = d[5] * 17, p = d[6] * 19;
+    raise();
+    return static_cast<double>(a + b + c + e + f + g + h) + i + j + k + l + m + o + p;
+}
+
+/// Whether a function's numbers are still what they were when it catches an exception. What is volatile here keeps the
+/// compiler from seeing through it.
+[[gnu::noinline]] bool keepsRegisters(const long *n, const double *d)
+{
+    const long a = n[0] + 1, b = n[1] + 2, c = n[2] + 3, e = n[3] + 4;
+    const double f = d[0] + 1, g = d[1] + 2, h = d[2] + 3, i = d[3] + 4, j = d[4] + 5, k = d[5] + 6, l = d[6] + 7;
+    try {
+        void (*const volatile raise)() = [] { throw 7; };
+        [[maybe_unused]] const volatile double sum = useRegisters(raise, n, d);
+    } catch (int) {
+    }
+    return a == 2 && b == 4 && c == 6 && e == 8 && f == 2 && g == 4 && h == 6 && i == 8 && j == 10 && k == 12 &&
+        l == 14;
+}
+
 void testExceptions()
 {
+    const long numbers[] { 1, 2, 3, 4, 5, 6, 7 };
+    const double fractions[] { 1, 2, 3, 4, 5, 6, 7 };
+    expect(keepsRegisters(numbers, fractions), "a handler finds the registers as they were");
+
+    try {
+        throw std::length_error("text");
+    } catch (const std::length_error &error) {
+        expect([[NSString stringWithFormat:@"%s", error.what()] isEqualToString:@"text"],
+            "an exception class of the C++ library constructs its objects");
+    }
+    auto *const memory = new Trouble("text");
+    const std::exception *volatile trouble = memory;
+    delete trouble; // Its class is not known to the compiler, which therefore calls a function that does both.
+    expect(deleted == memory, "a destructor of the C++ library returns its object");
+    ::operator delete(memory);
+
     @try {
         passThroughPlatform([] { [NSException raise:@"Name" format:@"reason %d", 7]; });
     } @catch (NSException *exception) {
         tell([exception reason]);
     }
     expect(storyWas(@"(block)(inner)(finally)(outer)reason 7"), "an exception passes slice, GNUstep and slice");
+
+    @try {
+        [Failure raise:@"Name" format:@"reason"];
+    } @catch (NSException *exception) {
+        tell([exception reason]);
+    }
+    expect(storyWas(@"reason 7 2.5"), "a message to super has a variable number of arguments");
 
     Descendant *object = [[[Descendant alloc] init] autorelease];
     @try {

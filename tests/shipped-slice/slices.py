@@ -1,4 +1,4 @@
-"""What the tests of the shipped slice share: where it is, how it is made to start here, and how it was built."""
+"""What the tests of the shipped slices share: which slice is meant, how it is made to start here, and how it was built."""
 
 import json
 import os
@@ -9,16 +9,24 @@ import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PRODUCT = "Quorlen 3 Removal Tool"
-BUILD = pathlib.Path(os.environ["QUORLEN_BUILD"])
+MACHINE = os.environ["SLICE"]  # As Apple calls it, "x86_64" or "arm64".
+OTHER_MACHINE = {"arm64": "x86_64", "x86_64": "arm64"}[MACHINE]
+FOLDER = pathlib.Path(os.environ["SLICES"]) / MACHINE
+BUILD = pathlib.Path(os.environ["QUORLEN_BUILD"])  # Of the loader, the questions and the inspector.
+NATIVE_BUILD = pathlib.Path(os.environ["NATIVE_BUILD"])
 PACKAGE = pathlib.Path(os.environ["PACKAGES"]) / "one"  # The tree that the app was packaged from.
 CROSS_BUILD = PACKAGE / "build/macos"
 APP = CROSS_BUILD / f"{PRODUCT}.app"
 EXECUTABLE = APP / "Contents/MacOS" / PRODUCT
 LLVM = pathlib.Path(f"/usr/lib/llvm-{(ROOT / 'script/llvm-version').read_text().strip()}/bin")
-FOLDER = BUILD / "shipped-slice"
+
+# How a program for the Arm machine starts here, under the name that it sees as its own.
+EMULATED = f"""#!/bin/sh
+exec /usr/bin/qemu-aarch64-static -0 "$0" -L {shlex.quote(str(ROOT / 'build/arm64-sysroot'))} "${{0%/*}}/loader" "$@"
+"""
 
 
-def wrapper(name, executable, coverage=None):
+def wrapper(name: str, executable: pathlib.Path, coverage: pathlib.Path | None = None) -> pathlib.Path:
     """Makes an application of GNUstep's kind that runs an executable's slice with the shipped resources, and returns
     the program to start. `coverage`: the file that gets the functions entered."""
     application = FOLDER / name / f"{PRODUCT}.app"
@@ -33,13 +41,24 @@ def wrapper(name, executable, coverage=None):
     if coverage:
         (application / "Coverage").symlink_to(coverage)
     program = application / PRODUCT  # GNUstep asks the system for the program's own path: a link would lead it away.
+    if MACHINE == "arm64":
+        program.write_text(EMULATED)
+        program.chmod(0o755)
+        program = application / "loader"
     shutil.copy(BUILD / "tests/shipped-slice/slice-loader", program)
-    return program
+    return application / PRODUCT
 
 
-def compile_for_intel(source, output, *options, like=None, replacing=()):
-    """Compiles a source for Intel alone, as the package's build compiles it, or (`like`) another one, and with these
-    options more. `replacing`: pairs of folders, of which the second takes the first one's place in the command."""
+def take_slice(executable: pathlib.Path, output: pathlib.Path, machine: str = MACHINE) -> None:
+    """Takes a machine's slice out of a universal executable, as a file of its own."""
+    llvm("llvm-lipo", executable, "-thin", machine, "-output", output)
+
+
+def compile_slice(source: str | pathlib.Path, output: pathlib.Path, *options: str, like: str | None = None,
+                  replacing: tuple[tuple[pathlib.Path, pathlib.Path], ...] = ()) -> None:
+    """Compiles a source for the slice's machine alone, as the package's build compiles it, or (`like`) another one, and
+    with these options more. `replacing`: pairs of folders, of which the second takes the first one's place in the
+    command."""
     commands = json.loads((CROSS_BUILD / "compile_commands.json").read_text())
     model = str(PACKAGE / (like or source))
     command, = (shlex.split(c["command"]) for c in commands if c["file"] == model)
@@ -47,41 +66,42 @@ def compile_for_intel(source, output, *options, like=None, replacing=()):
         command = [word.replace(str(old), str(new)) for word in command]
     command[command.index("-o") + 1] = str(output)
     command[-1] = str(PACKAGE / source)
-    run_for_intel(command, options)
+    run_for_machine(command, options)
 
 
-def link_command():
+def link_command() -> list[str]:
     """Returns the words of the command that linked the executable for the package."""
     return shlex.split((CROSS_BUILD / "app/CMakeFiles/tool.dir/link.txt").read_text())
 
 
-def objects():
+def objects() -> list[pathlib.Path]:
     """Returns the object files that the executable was linked from."""
     return [(CROSS_BUILD / "app" / word).resolve() for word in link_command() if word.endswith(".o")]
 
 
-def link_for_intel(output, *options, objects, stripped=True):
-    """Links object files as the package's build links its own, with these options more, for Intel alone."""
+def link_slice(output: pathlib.Path, *options: str, objects: list[pathlib.Path], stripped: bool = True) -> None:
+    """Links object files as the package's build links its own, with these options more, for the slice's machine alone."""
     command = [word for word in link_command() if not word.endswith(".o")]
     if not stripped:
         for option in ("-x", "-S"):
             place = command.index(option)
             del command[place - 1:place + 1]  # With the -Xlinker before it.
     command[command.index("-o") + 1] = str(output)
-    run_for_intel(command, [*map(str, objects), *options])
+    run_for_machine(command, [*map(str, objects), *options])
 
 
-def run_for_intel(command, options):
-    arm = command.index("arm64")
-    subprocess.run([*command[:arm - 1], *command[arm + 1:], *options], cwd=CROSS_BUILD / "app", check=True)
+def run_for_machine(command: list[str], options: tuple[str, ...] | list[str]) -> None:
+    """Runs a command of the package's build with these options more, for the slice's machine alone."""
+    other = command.index(OTHER_MACHINE)
+    subprocess.run([*command[:other - 1], *command[other + 1:], *options], cwd=CROSS_BUILD / "app", check=True)
 
 
-def llvm(tool, *arguments, text=None):
+def llvm(tool: str, *arguments: str | pathlib.Path, text: str | None = None) -> str:
     """Gives one of LLVM's tools a text to read, and returns what it writes."""
     return subprocess.run([LLVM / tool, *arguments], input=text, stdout=subprocess.PIPE, check=True, text=True).stdout
 
 
-def said_by(program, *arguments):
+def said_by(program: pathlib.Path, *arguments: str) -> tuple[int, str]:
     """Runs a program and returns its exit status (negative: the signal that ended it) and what it wrote."""
     done = subprocess.run([program, *arguments], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
     return done.returncode, done.stdout.decode(errors="replace")

@@ -1,5 +1,5 @@
 // Message sends as Apple's runtime has them: a jump to the method, with the caller's registers and stack as they are.
-// GNU's runtime only looks methods up. Which registers hold arguments: System V x86-64 psABI, 3.2.3.
+// GNU's runtime only looks methods up. Which registers hold arguments and results: System V x86-64 psABI, 3.2.3.
 
 // Defines a send that asks `lookup` for the method, with receiver (or super reference) and selector as its arguments.
 // `super` is the register of a super reference; the method gets the receiver, with which that begins, in its place.
@@ -31,8 +31,18 @@
 .endm
 
     .text
-SEND sendMessage, objc_msg_lookup, %rdi, %rsi
-SEND sendMessageForStructure, objc_msg_lookup, %rsi, %rdx // The structure's address comes first.
+    .globl sendMessage
+sendMessage:
+    test %rdi, %rdi
+    jnz sendToObject
+    xor %eax, %eax
+    xor %edx, %edx
+    pxor %xmm0, %xmm0
+    pxor %xmm1, %xmm1
+    ret
+SEND sendToObject, objc_msg_lookup, %rdi, %rsi
+// The structure's address comes first. Where the receiver is nil, the compiler clears the structure itself.
+SEND sendMessageForStructure, objc_msg_lookup, %rsi, %rdx
 SEND sendSuper, lookUpSuperMethod, %rdi, %rsi, %rdi
 
     .section .note.GNU-stack, "", @progbits

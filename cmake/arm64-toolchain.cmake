@@ -1,0 +1,12 @@
+# Builds for Debian's arm64, from its packages unpacked in build/arm64-sysroot: see tests/shipped-slice/make-sysroot.
+include("${CMAKE_CURRENT_LIST_DIR}/debian-toolchain.cmake")
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_SYSROOT "${CMAKE_CURRENT_LIST_DIR}/../build/arm64-sysroot")
+cmake_path(NORMAL_PATH CMAKE_SYSROOT)
+foreach(language IN ITEMS ASM CXX OBJCXX)
+    set(CMAKE_${language}_COMPILER_TARGET aarch64-linux-gnu)
+endforeach()
+set(link_flags -fuse-ld=lld)
+set(CMAKE_EXE_LINKER_FLAGS_INIT ${link_flags})
+set(CMAKE_MODULE_LINKER_FLAGS_INIT ${link_flags})

@@ -1,0 +1,168 @@
+// What only the Arm slice has. Columns: Arm's "DWARF for the Arm 64-bit Architecture", 4.1; calls: Arm's AAPCS64 and
+// Apple's "Writing ARM64 code for Apple platforms".
+#include "../Machine.hpp"
+
+#include "../Slice.hpp"
+
+#include <cstdarg>
+#import <Foundation/Foundation.h>
+#import <objc/message.h>
+#include <utility>
+
+namespace machine
+{
+
+const std::string_view name = "arm64";
+const std::uint32_t processor = 0x0100000c;
+const std::uint8_t framePointer = 29, returnAddress = 30;
+
+std::optional<std::vector<std::uint8_t>> savedRegisters(std::uint32_t encoding)
+{
+    const auto mode = encoding >> 24 & 0xf;
+    if (mode == 2) { // A leaf: it calls nothing that could raise.
+        return {};
+    }
+    if (mode != 4) {
+        refuse("a function keeps no frame pointer");
+    }
+    std::vector<std::uint8_t> rules;
+    std::uint8_t depth = 3; // In steps of 8 below the frame's address.
+    constexpr std::uint8_t pairs[] { 19, 21, 23, 25, 27, 0, 0, 0, 72, 74, 76, 78 }; // By their bits: from x19, from d8.
+    for (std::size_t bit = 0; bit < std::size(pairs); ++bit) {
+        for (const std::uint8_t column : { pairs[bit], static_cast<std::uint8_t>(pairs[bit] + 1) }) {
+            if (encoding >> bit & 1) {
+                rules.insert(rules.end(), { 0x05, column, depth++ });
+            }
+        }
+    }
+    return rules;
+}
+
+constexpr std::uint8_t brk[] { 0x00, 0x00, 0x20, 0xd4 };
+const std::span<const std::uint8_t> breakpoint = brk;
+
+std::uint8_t *takeBreakpoint(ucontext_t &context)
+{
+    return reinterpret_cast<std::uint8_t *>(context.uc_mcontext.pc);
+}
+
+namespace
+{
+
+// Apple's convention has a constructor and a destructor return the object, and its callers count on that.
+
+std::array<void (*)(void *, long, long, long, long, long, long, long), 8> originals; // What each bridge calls.
+
+template <std::size_t index> void *returnObject(void *object, long a, long b, long c, long d, long e, long f, long g)
+{
+    originals[index](object, a, b, c, d, e, f, g);
+    return object;
+}
+
+template <std::size_t... indexes> auto bridges(std::index_sequence<indexes...>)
+{
+    return std::array { returnObject<indexes>... };
+}
+
+// Apple's convention has the arguments behind "..." on the stack, Debian's has them in registers first.
+
+/// A method in Apple's convention, with one or two objects before the "...". Named arguments take all registers, so
+/// that the others are read from the stack.
+template <auto method>
+id variadic(id self, SEL, id first, id second, long, long, long, long, double, double, double, double, double, double,
+    double, double last, ...)
+{
+    va_list arguments;
+    va_start(arguments, last);
+    id result = method(self, first, second, arguments);
+    va_end(arguments);
+    return result;
+}
+
+id stringWithFormat(id self, id format, id, va_list arguments)
+{
+    return [[[self alloc] initWithFormat:format arguments:arguments] autorelease];
+}
+
+id stringByAppendingFormat(id self, id format, id, va_list arguments)
+{
+    return [self stringByAppendingString:stringWithFormat([NSString class], format, nil, arguments)];
+}
+
+id raise(id self, id name, id format, va_list arguments)
+{
+    [self raise:name format:format arguments:arguments];
+    return nil;
+}
+
+const std::map<std::string_view, decltype(&variadic<raise>)> bridged {
+    { "stringWithFormat:", variadic<stringWithFormat> },
+    { "stringByAppendingFormat:", variadic<stringByAppendingFormat> },
+    { "raise:format:", variadic<raise> },
+};
+
+// The other variadic methods that GNUstep declares.
+constexpr std::string_view unknown[] { "appendFormat:", "arrayWithObjects:", "dictionaryWithObjectsAndKeys:", "error:",
+    "decodeValuesOfObjCTypes:", "encodeValuesOfObjCTypes:", "initWithColorsAndLocations:", "initWithFormat:",
+    "initWithFormat:locale:", "initWithObjects:", "initWithObjectsAndKeys:", "localizedStringWithFormat:",
+    "orderedSetWithObjects:", "predicateWithFormat:", "setWithObjects:",
+    "alertWithMessageText:defaultButton:alternateButton:otherButton:informativeTextWithFormat:",
+    "handleFailureInFunction:file:lineNumber:description:",
+    "handleFailureInMethod:object:file:lineNumber:description:" };
+
+std::map<const void *, IMP> variadicMethods; // By the selectors that the slice has.
+const Image *caller;                         // The slice.
+
+/// Gives the method to call when `found` is the receiver's: the bridge to it, or itself.
+IMP callable(IMP found, SEL selector)
+{
+    const auto method = variadicMethods.find(reinterpret_cast<const void *>(selector));
+    const bool isPlatforms = !caller->contains(reinterpret_cast<const void *>(found));
+    return method != variadicMethods.end() && isPlatforms ? method->second : found;
+}
+
+}
+
+void noteSelector(const Image &slice, std::string_view name, const void *selector)
+{
+    caller = &slice;
+    if (std::ranges::count(unknown, name)) {
+        refuse("the slice sends " + std::string(name) + ", whose arguments are not where this system expects them");
+    }
+    if (const auto method = bridged.find(name); method != bridged.end()) {
+        variadicMethods[selector] = reinterpret_cast<IMP>(method->second);
+    }
+}
+
+std::uintptr_t bridgedImport(std::string_view name, std::uintptr_t found)
+{
+    static const auto all = bridges(std::make_index_sequence<std::tuple_size_v<decltype(originals)>>());
+    static std::size_t count = 0;
+    constexpr std::string_view marks[] { "C1E", "C2E", "D1E", "D2E" }; // Of such a name, as it is mangled.
+    const auto isMarked = [&](std::string_view mark) { return name.find(mark) != name.npos; };
+    if (!found || !name.starts_with("__ZN") || std::ranges::none_of(marks, isMarked)) {
+        return found;
+    }
+    if (count == all.size()) {
+        refuse("the slice imports more than " + std::to_string(count) + " constructors and destructors");
+    }
+    originals[count] = reinterpret_cast<decltype(originals)::value_type>(found);
+    return reinterpret_cast<std::uintptr_t>(all[count++]);
+}
+
+}
+
+extern "C" {
+IMP lookUpSuperMethod(const objc_super *reference, SEL selector);
+
+// What Sends.S asks.
+IMP lookUpMethod(id receiver, SEL selector)
+{
+    return machine::callable(objc_msg_lookup(receiver, selector), selector);
+}
+
+IMP lookUpMethodOfSuper(const objc_super *reference, SEL selector)
+{
+    return machine::callable(lookUpSuperMethod(reference, selector), selector);
+}
+}
