@@ -25,6 +25,7 @@ BENCH = BUILD / "bench"
 TOOL = BUILD / "Quorlen 3 Removal Tool.app/Quorlen 3 Removal Tool"
 BARE = BENCH / "BareWindow.app/BareWindow"
 FURNISHED = BENCH / "PopulatedWindow.app/PopulatedWindow"
+ARM_SLICE = BUILD / "shipped-slice/arm64/shipped/Quorlen 3 Removal Tool.app/Quorlen 3 Removal Tool"
 IDLE_SECONDS = 5 if QUICK else 30
 
 
@@ -67,7 +68,7 @@ class Running:
     it; `rested` is when it was last drawn into."""
 
     def __init__(self, program, detects=True):
-        until = ["--status-line"] if program == TOOL and detects else []
+        until = ["--status-line"] if program in (TOOL, ARM_SLICE) and detects else []
         self.clock = subprocess.Popen(as_ann(BENCH / "window-clock", *until, program), cwd=HOME, text=True,
                                       stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         words = self.clock.stdout.readline().split()
@@ -114,6 +115,21 @@ def launch_and_memory():
     return (("launch to rest, against the same views", [(tool[1], floor[1]) for tool, _, floor in launches], "ms",
              furnished),
             ("memory, against the same views", [(tool, floor) for tool, _, floor in memory], "MB", furnished))
+
+
+def emulated_launch():
+    """Launches the Mac app's Arm slice in the emulator and the tool by turns, if the tests have prepared that slice."""
+    if not ARM_SLICE.exists():
+        return
+    plant()
+    pairs = []
+    for _ in range(2 if QUICK else 10):
+        times = []
+        for program in (ARM_SLICE, TOOL):
+            with Running(program) as running:
+                times.append(running.shown)
+        pairs.append(tuple(times))
+    row("launch of the Arm slice, emulated", pairs, "ms", "the tool's launch", "why its tests take that long")
 
 
 def plant_files(count):
@@ -216,6 +232,7 @@ def main():
         row(f"a {name}", pairs, "ms", "the archiver run directly on the same file", f"{fixed:.1f} ms more")
     idle()
     shift()
+    emulated_launch()
     slope = exponent([(count, statistics.median(value for value, _ in pairs)) for count, pairs in of_files.items()])
     report(f"growth: a removal of {', '.join(map(str, counts))} files", [slope], "exponent", "the design: 1 at most")
     lines = (100, 1000) if QUICK else (100, 1000, 10_000, 100_000)
