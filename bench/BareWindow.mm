@@ -1,4 +1,4 @@
-/// The floor of what this AppKit costs: an application that shows one empty window of the tool's size and style, and
+/// The baseline of what this AppKit costs: an application that shows one empty window of the tool's size and style, and
 /// nothing in it. It is linked with the same platform additions as the tool, so that what these save or cost counts on
 /// both sides; see docs/speed.md.
 #import "platform/Retained.hpp"

@@ -43,11 +43,11 @@ template <typename Work> double timed(const Work &work)
 }
 
 /// Times two ways by turns, and prints both of each run.
-template <typename Tool, typename Floor> void compare(int runs, const Tool &tool, const Floor &floor)
+template <typename Tool, typename Baseline> void compare(int runs, const Tool &tool, const Baseline &baseline)
 {
     for (int run = 0; run < runs; ++run) {
         const double toolTime = timed(tool);
-        printf("%.6f %.6f\n", toolTime, timed(floor));
+        printf("%.6f %.6f\n", toolTime, timed(baseline));
     }
 }
 

@@ -2,8 +2,8 @@
 
 usage: rows.py BUILD_FOLDER QUICK     QUICK is 1 for a few runs on small trees, 0 for the figures that count
 
-Each row has what, value, floor, ratio, unit, runs, floor_is, and spread (the middle half of the values). Tool and floor
-are measured by turns, in pairs; value and floor are medians, and ratio is the median of the pairs' own ratios.
+Each row has what, value, baseline, ratio, unit, runs, baseline_is, and spread (the middle half of the values). Tool and
+baseline are measured in turns, in pairs. Value and baseline are medians; ratio is the median of the pairs' ratios.
 """
 
 import json
@@ -24,7 +24,7 @@ HOME = pathlib.Path(ANN.pw_dir)
 BENCH = BUILD / "bench"
 TOOL = BUILD / "Quorlen 3 Removal Tool.app/Quorlen 3 Removal Tool"
 BARE = BENCH / "BareWindow.app/BareWindow"
-FURNISHED = BENCH / "PopulatedWindow.app/PopulatedWindow"
+POPULATED = BENCH / "PopulatedWindow.app/PopulatedWindow"
 ARM_SLICE = BUILD / "shipped-slice/arm64/shipped/Quorlen 3 Removal Tool.app/Quorlen 3 Removal Tool"
 IDLE_SECONDS = 5 if QUICK else 30
 
@@ -46,21 +46,21 @@ def plant(*options):
     subprocess.run(["/opt/practice/stage", "plant", "--no-agent", "--no-daemon", *options], check=True)
 
 
-def row(what, pairs, unit, floor_is, note=""):
-    """Prints the row of pairs (value, floor)."""
-    values, floors = [value for value, _ in pairs], [floor for _, floor in pairs]
+def row(what, pairs, unit, baseline_is, note=""):
+    """Prints the row of pairs (value, baseline)."""
+    values, baselines = [value for value, _ in pairs], [baseline for _, baseline in pairs]
     low, _, high = statistics.quantiles(values, n=4) if len(values) > 1 else values * 3
-    ratio = statistics.median(value / floor for value, floor in pairs) if all(floors) else None
-    print(json.dumps({"what": what, "value": statistics.median(values), "floor": statistics.median(floors),
-                      "ratio": ratio, "unit": unit, "runs": len(pairs), "floor_is": floor_is, "spread": [low, high],
-                      "note": note}), flush=True)
+    ratio = statistics.median(value / baseline for value, baseline in pairs) if all(baselines) else None
+    print(json.dumps({"what": what, "value": statistics.median(values), "baseline": statistics.median(baselines),
+                      "ratio": ratio, "unit": unit, "runs": len(pairs), "baseline_is": baseline_is,
+                      "spread": [low, high], "note": note}), flush=True)
 
 
 def report(what, values, unit, note=""):
-    """Prints a row without a floor."""
+    """Prints a row without a baseline."""
     low, _, high = statistics.quantiles(values, n=4) if len(values) > 1 else list(values) * 3
-    print(json.dumps({"what": what, "value": statistics.median(values), "floor": None, "ratio": None, "unit": unit,
-                      "runs": len(values), "floor_is": None, "spread": [low, high], "note": note}), flush=True)
+    print(json.dumps({"what": what, "value": statistics.median(values), "baseline": None, "ratio": None, "unit": unit,
+                      "runs": len(values), "baseline_is": None, "spread": [low, high], "note": note}), flush=True)
 
 
 class Running:
@@ -96,12 +96,12 @@ class Running:
 
 
 def launch_and_memory():
-    """Launches the tool, the bare window and the furnished one by turns."""
+    """Launches the tool, the bare window and the populated one by turns."""
     plant()
     launches, memory = [], []
     for number in range(4 if QUICK else 31):
         times, sizes = [], []
-        for program in (TOOL, BARE, FURNISHED):
+        for program in (TOOL, BARE, POPULATED):
             with Running(program) as running:
                 times.append((running.shown, running.rested))
                 sizes.append(running.resident())
@@ -109,12 +109,12 @@ def launch_and_memory():
             launches.append(times)
             memory.append(sizes)
     bare = "a bare window on the same AppKit with the same additions"
-    furnished = "the same window with the same views, and nothing of ours behind it"
-    row("launch", [(tool[0], floor[0]) for tool, floor, _ in launches], "ms", bare)
-    row("memory", [(tool, floor) for tool, floor, _ in memory], "MB", bare)
-    return (("launch to rest, against the same views", [(tool[1], floor[1]) for tool, _, floor in launches], "ms",
-             furnished),
-            ("memory, against the same views", [(tool, floor) for tool, _, floor in memory], "MB", furnished))
+    populated = "the same window with the same views, and nothing of ours behind it"
+    row("launch", [(tool[0], baseline[0]) for tool, baseline, _ in launches], "ms", bare)
+    row("memory", [(tool, baseline) for tool, baseline, _ in memory], "MB", bare)
+    return (("launch to rest, against the same views", [(tool[1], baseline[1]) for tool, _, baseline in launches], "ms",
+             populated),
+            ("memory, against the same views", [(tool, baseline) for tool, _, baseline in memory], "MB", populated))
 
 
 def emulated_launch():
@@ -160,8 +160,8 @@ def removals(count, runs):
         tool = float(output(BENCH / "operations", "removal"))
         prompt = statistics.median(elapsed(*as_ann("/usr/bin/pkexec", "/bin/true")) for _ in range(3))
         plant_files(count)
-        floor = elapsed("/bin/sh", "-c", 'eval "$(/bin/cat)"', input=script.encode())
-        pairs.append((tool - prompt, floor))
+        baseline = elapsed("/bin/sh", "-c", 'eval "$(/bin/cat)"', input=script.encode())
+        pairs.append((tool - prompt, baseline))
         prompts.append(prompt)
         for path in (HOME / "Desktop").glob("Quorlen-*"):
             path.unlink()
@@ -178,7 +178,7 @@ def exponent(points):
 
 
 def operation(name, runs):
-    """Pairs that the tool's operation and its floor printed."""
+    """Pairs that the tool's operation and its baseline printed."""
     pairs = [tuple(map(float, line.split())) for line in output(BENCH / "operations", name, runs).splitlines()]
     for path in (HOME / "Desktop").glob("Quorlen-*"):
         path.unlink()
@@ -213,7 +213,8 @@ def main():
     counts = (100, 1000) if QUICK else (1000, 10_000, 100_000)
     of_files = {count: removals(count, 2 if QUICK else 5) for count in counts}
     fewest, largest = counts[0], counts[-1]
-    more = {count: statistics.median(value - floor for value, floor in pairs) for count, pairs in of_files.items()}
+    more = {count: statistics.median(value - baseline for value, baseline in pairs)
+            for count, pairs in of_files.items()}
     prompt = statistics.median(prompts)
     row("removal", of_files[largest], "ms", "the same script run directly by root on an identical tree",
         f"{largest} files; from the confirming press to the completion alert, less {prompt:.0f} ms for the prompt; "
@@ -221,14 +222,14 @@ def main():
     for what in against_views:
         row(*what)
     plant()
-    row("detection", [(1000 * value, 1000 * floor) for value, floor in operation("scan", 1001)], "µs",
+    row("detection", [(1000 * value, 1000 * baseline) for value, baseline in operation("scan", 1001)], "µs",
         "twelve bare stat calls", "the twelve tests")
     row("detection, with labels and log",
-        [(1000 * value, 1000 * floor) for value, floor in operation("detection", 101)], "µs",
+        [(1000 * value, 1000 * baseline) for value, baseline in operation("detection", 101)], "µs",
         "twelve bare stat calls", "AppKit lays the log's text out again")
     for name in ("backup", "restore"):
         pairs = operation(name, 4 if QUICK else 31)
-        fixed = statistics.median(value - floor for value, floor in pairs)
+        fixed = statistics.median(value - baseline for value, baseline in pairs)
         row(f"a {name}", pairs, "ms", "the archiver run directly on the same file", f"{fixed:.1f} ms more")
     idle()
     shift()

@@ -1,4 +1,4 @@
-"""Tells how many functions of the shipped slice this run has entered, and holds the floor: all of the product's own but
+"""Tells how many functions of the shipped slice this run has entered, and holds the minimum: all of the product's own but
 these. What the compiler took into the slice from the C++ library is counted too, but need not be entered."""
 
 import re
@@ -40,7 +40,7 @@ def readable(mangled: list[str]) -> set[str]:
 
 
 class CoverageTest(unittest.TestCase):
-    def test_floor(self) -> None:
+    def test_minimum(self) -> None:
         names = functions()
         entered = (slices.FOLDER / "coverage/functions").read_bytes()
         self.assertEqual(len(names), len(entered))
