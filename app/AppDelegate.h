@@ -18,7 +18,8 @@
     NSString *_lastBackupPath;
     BOOL _quorlenDetected;
     id _modifierMonitor;
-    // Points to the controller while it lives. The monitor's handler holds it weakly: Debian's runtime has no __weak.
+    // Points to the controller while the controller lives. The monitor's handler holds a weak pointer to this variable,
+    // because Debian's runtime has no __weak.
     std::shared_ptr<AppDelegate *> _liveness;
 }
 

@@ -1,7 +1,7 @@
 /// The names of the files and folders that the tool makes, and the Desktop folder.
 ///
 /// Each name ends in the current local date and time, "yyyyMMdd-HHmmss", by the user's calendar, locale and time zone.
-/// Each call reads the clock once. No result is nil.
+/// Each call that returns a name reads the clock once and never returns nil.
 #pragma once
 
 #import <Cocoa/Cocoa.h>

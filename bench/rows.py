@@ -1,6 +1,6 @@
 """The measurements of script/bench, made in a practice Mac as root: prints one row a line, as JSON.
 
-usage: rows.py BUILD_FOLDER QUICK     QUICK is 1 for a few runs on small trees, 0 for the figures that count
+usage: rows.py BUILD_FOLDER QUICK     QUICK is 1 for a few runs on small trees, 0 for the full measurement
 
 Each row has what, value, baseline, ratio, unit, runs, baseline_is, and spread (the middle half of the values). Tool and
 baseline are measured in turns, in pairs. Value and baseline are medians; ratio is the median of the pairs' ratios.
@@ -37,7 +37,7 @@ def as_ann(*command):
 
 
 def output(*command):
-    """What a command of the user's prints."""
+    """Runs a command as the user and returns its output."""
     return subprocess.run(as_ann(*command), cwd=HOME, check=True, text=True, stdout=subprocess.PIPE).stdout
 
 
@@ -64,8 +64,9 @@ def report(what, values, unit, note=""):
 
 
 class Running:
-    """A program whose window is up and at rest. `shown` is when it was up, the tool's with the line of its detection in
-    it; `rested` is when it was last drawn into."""
+    """A program whose window is shown and at rest. `shown` is the time at which the window was drawn first; for the
+    tool, the time at which it showed the status line of the detection. `rested` is the time of the last drawing. Both
+    are in milliseconds since the start."""
 
     def __init__(self, program, detects=True):
         until = ["--status-line"] if program in (TOOL, ARM_SLICE) and detects else []
@@ -87,7 +88,7 @@ class Running:
         return self._field("smaps_rollup", "Rss") / 1024
 
     def wake_ups(self):
-        """How often it has waited and gone on."""
+        """The number of its voluntary context switches."""
         return self._field("status", "voluntary_ctxt_switches")
 
     def _field(self, file, name):
@@ -133,7 +134,7 @@ def emulated_launch():
 
 
 def plant_files(count):
-    """Installs the product with so many files in its application support folder."""
+    """Installs the product with `count` files in its application support folder."""
     plant()
     top = HOME / "Library/Application Support/Quorlen/Data"
     for number in range(0, count, 100):
@@ -152,7 +153,7 @@ def elapsed(*command, **options):
 
 
 def removals(count, runs):
-    """Pairs: a removal of so many files, less the prompt's cost, and the same script run by root."""
+    """Pairs of times: a removal of `count` files, without the prompt, and the same script run by root."""
     script = output(BENCH / "operations", "script")
     pairs = []
     for _ in range(runs):
@@ -188,7 +189,7 @@ def operation(name, runs):
 def idle():
     """Wake-ups a second of the tool and of the bare window at rest."""
     with Running(TOOL) as tool, Running(BARE) as bare:
-        time.sleep(2)  # what follows a launch
+        time.sleep(2)  # the work that follows a launch ends
         before = tool.wake_ups(), bare.wake_ups()
         time.sleep(IDLE_SECONDS)
         after = tool.wake_ups(), bare.wake_ups()
@@ -197,7 +198,7 @@ def idle():
 
 
 def shift():
-    """From a Shift press to the swapped buttons on the screen."""
+    """Measures the time from a press of Shift until the other button is on the screen."""
     for path in (pathlib.Path("/Applications/Quorlen.app"), HOME / "Library/Application Support/Quorlen"):
         shutil.rmtree(path, ignore_errors=True)
     script = output(BENCH / "operations", "script")
@@ -218,7 +219,7 @@ def main():
     prompt = statistics.median(prompts)
     row("removal", of_files[largest], "ms", "the same script run directly by root on an identical tree",
         f"{largest} files; from the confirming press to the completion alert, less {prompt:.0f} ms for the prompt; "
-        f"{more[largest]:.0f} ms more, and {more[fewest]:.0f} ms more with {fewest} files")
+        f"{more[largest]:.0f} ms more than the floor, and {more[fewest]:.0f} ms more than it with {fewest} files")
     for what in against_views:
         row(*what)
     plant()
@@ -230,7 +231,7 @@ def main():
     for name in ("backup", "restore"):
         pairs = operation(name, 4 if QUICK else 31)
         fixed = statistics.median(value - baseline for value, baseline in pairs)
-        row(f"a {name}", pairs, "ms", "the archiver run directly on the same file", f"{fixed:.1f} ms more")
+        row(f"a {name}", pairs, "ms", "the archiver run directly on the same file", f"{fixed:.1f} ms above the floor")
     idle()
     shift()
     emulated_launch()

@@ -13,7 +13,7 @@
 namespace
 {
 
-/// Lets the user choose a backup archive. Nil if the user cancels the panel or it has no URL.
+/// Lets the user choose a backup archive. Returns nil if the user cancels the panel, or if the panel has no URL.
 NSURL *chooseBackup()
 {
     NSOpenPanel *panel = [NSOpenPanel openPanel];
@@ -78,7 +78,8 @@ bool confirmReplacement()
                withIntermediateDirectories:YES
                                 attributes:nil
                                      error:nullptr];
-        // Copying onto an existing file fails. If the copy fails now, the archive still has the licence.
+        // Copying onto an existing file fails, so this removes it first. If the copy then fails, only the archive has
+        // the licence.
         if ([fileManager fileExistsAtPath:destination]) {
             [fileManager removeItemAtPath:destination error:nullptr];
         }

@@ -1,7 +1,7 @@
 /// Ownership of platform objects, expressed by the type.
 ///
-/// Memory is managed by retain and release on every platform, because Debian's Objective-C runtime has no ARC. The
-/// product writes neither message anywhere else.
+/// Both platforms manage memory with retain and release, because Debian's Objective-C runtime has no ARC. No other file
+/// of the product sends these messages.
 #pragma once
 
 #import <Foundation/Foundation.h>
@@ -31,8 +31,8 @@ public:
 
     /// The object, or nil. It stays owned here.
     [[nodiscard]] T *get() const { return _object; }
-    /// Gives the reference up to the current autorelease pool and returns the object, as a method that isn't an
-    /// `alloc`, `new` or `copy` does.
+    /// Hands the reference over to the current autorelease pool and returns the object. A method whose name does not
+    /// begin with `alloc`, `new` or `copy` returns its result in this way.
     [[nodiscard]] T *autoreleased() && { return [std::exchange(_object, nil) autorelease]; }
 
 private:

@@ -2,9 +2,9 @@
 #
 #     source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 #
-# It changes to the top folder of the checkout and sets `name` to what the messages of the calling script begin with.
+# It changes to the top folder of the checkout and sets `name` to the calling script's name, with which messages begin.
 # The comment at the top of a script is its usage: --help as the first word prints it and ends the script.
-# Bash 3.2, which macOS has, must understand it: no mapfile, and no "${array[@]}" of an empty array.
+# This file must work with macOS's Bash 3.2, which has no mapfile and fails at "${array[@]}" of an empty array.
 # shellcheck shell=bash
 set -euo pipefail
 
@@ -17,7 +17,8 @@ usage() {
     awk 'NR > 1 && !/^#/ { exit } NR > 1 { sub(/^# ?/, ""); print }' "$calling_script"
 }
 
-# Ends the calling script because of a word on its command line, before it has done anything: refuse WHAT-IS-WRONG
+# Ends the calling script because of a wrong word on its command line. Call it before anything is done:
+# refuse WHAT-IS-WRONG
 refuse() {
     printf '%s: %s; nothing was done. --help shows the usage.\n' "$name" "$1" >&2
     exit 2
@@ -29,7 +30,7 @@ fail() {
     exit 1
 }
 
-# Refuses every word: for a script that takes none.
+# Refuses every word. For a script without options.
 takes_no_words() {
     [[ $# -eq 0 ]] || refuse "unknown word: $1"
 }
@@ -39,8 +40,8 @@ needs_debian() {
     [[ $(uname) == Linux ]] || fail "this needs Debian 12; nothing was done. On a Mac, script/build makes the app."
 }
 
-# Refuses what isn't an option that selects CTest's tests or what it prints. CTest itself passes over unknown words and
-# runs every test.
+# Accepts only CTest's options that select the tests or the output. CTest itself ignores unknown words and runs every
+# test.
 takes_ctest_options() {
     while (($#)); do
         case $1 in

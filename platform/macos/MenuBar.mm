@@ -1,5 +1,5 @@
-/// Gives the Mac app its menu bar, and with it ⌘Q, ⌘W, ⌘M and ⌘H, ⌘C and ⌘A in the log, and ⌘V in the open panel. The
-/// rooms do not know of it: they work the same without a menu bar.
+/// Gives the Mac app its menu bar, and with it ⌘Q, ⌘W, ⌘M and ⌘H everywhere, ⌘C and ⌘A in the log, and ⌘V in the open
+/// panel. The product's folders (app/, ui/ and so on) do not use the menu bar and work without it.
 #import "platform/Retained.hpp"
 
 #import <Cocoa/Cocoa.h>
@@ -14,8 +14,8 @@ namespace
 constexpr auto CommandKey = NSEventModifierFlagCommand;
 constexpr auto CommandAndOptionKeys = CommandKey | NSEventModifierFlagOption;
 
-/// An item of a menu. It has no target: AppKit sends the action to the first object that takes it, from the one that
-/// has the keyboard to the application, and disables the item while there is none.
+/// An item of a menu. It has no target, so AppKit searches for an object that handles the action, from the object that
+/// has the keyboard up to the application. AppKit disables the item while no object handles the action.
 struct Item {
     NSString *title; // nil in a separator
     SEL action = nullptr;
@@ -76,8 +76,8 @@ void setUpMenuBar()
 @implementation NSApplication (MenuBar)
 
 /// The runtime calls this before main(). By then Foundation is loaded and initialized, and no application object
-/// exists. The notification center keeps the observer until the process ends. A block and not this class observes,
-/// since the center would initialize the class early to refer to it weakly.
+/// exists. The notification center keeps the observer until the process ends. The observer is a block,
+/// because the center would initialize this class too early if the class were the observer.
 + (void)load
 {
     [[NSNotificationCenter defaultCenter] addObserverForName:NSApplicationWillFinishLaunchingNotification

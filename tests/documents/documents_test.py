@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The documents, held against the tree that they speak of."""
+"""Compares the documents with the sources and files that they describe."""
 
 import functools
 import os
@@ -15,30 +15,30 @@ ROOMS = ("app", "ui", "detection", "removal", "licence")
 # Paths and root's commands: nothing of these files is ever shown or logged.
 WITHOUT_TEXTS = {"detection/KnownLocations.hpp", "removal/CleanupScript.cpp", "removal/PrivilegedStatement.cpp",
                  "removal/Quoting.cpp"}
-# What else is no text for a person: keys, patterns, names of images and the commands that others run.
+# Literals that the tool never shows: keys, patterns, names of images and the commands of other programs.
 NOT_SHOWN = {
     "CFBundleShortVersionString", "yyyyMMdd-HHmmss", "icon_removal_2024", "icon_2024", "quorlen-typeface_1024",
     "/usr/bin/ditto", "-c", "-k", "--sequesterRsrc", "--keepParent", "-x", "zip",
     "/bin/sh -c '/bin/sleep 1; /sbin/shutdown -r now' >/dev/null 2>&1 &",
 }
-# The date after "updated: " changes with each version and stands in the sources alone.
+# The date after "updated: " changes with each version, so no document states it.
 UPDATED_DATE = re.compile(r"\d{4}\.\d\d\.\d\d")
 
 PLATFORMS_WORDS = "What the platform fills in"
 
 
 def without_spaces_around(pieces):
-    """Returns what isn't blank, stripped."""
+    """Returns the pieces without surrounding spaces, and without blank pieces."""
     return {piece.strip() for piece in pieces} - {""}
 
 
 def pieces_of_row(text):
-    """Returns what is fixed in a text of the table, where … stands for what is filled in."""
+    """Returns the fixed parts of a text of the table; … stands for a part that is filled in."""
     return without_spaces_around(text.split("…"))
 
 
 def pieces_of_source(path, prefix):
-    """Returns what is fixed in the string literals of a source, without what is formatted in, line by line."""
+    """Returns the fixed parts of the string literals of a source: split at line ends and at format specifiers."""
     token = re.compile(rf'//[^\n]*|/\*.*?\*/|#\s*(?:import|include)[^\n]*|{prefix}"(?P<text>(?:\\.|[^"\\])*)"', re.S)
     literals = [match["text"] for match in token.finditer(path.read_text()) if match["text"]]
     return without_spaces_around(piece for literal in literals for piece in re.split(r"%@|%s|\\n", literal))
@@ -51,7 +51,7 @@ def sources(*folders):
 
 
 def shown_by_the_sources():
-    """Returns what is fixed in all texts that the product can show or log."""
+    """Returns the fixed parts of all texts that the product can show or log."""
     pieces = set()
     for path in sources(*ROOMS):
         if str(path.relative_to(ROOT)) not in WITHOUT_TEXTS:
@@ -81,12 +81,12 @@ def rows():
 
 @functools.cache
 def words_of(path):
-    """Returns a test's source with literals that go on in a next one joined, and with the periods of patterns bare."""
+    """Returns a test's source, with adjacent string literals joined and without the backslash of an escaped period."""
     return re.sub(r'"\s*\\?\s*"', "", path.read_text()).replace("\\\\.", ".")
 
 
 def test_sources(name):
-    """Returns the sources of a test with what they share: where it is defined, or nothing when it isn't."""
+    """Returns the file that defines a test and the file that its kind of tests share; nothing if no file defines it."""
     if name.startswith("journey."):
         _, subject, journey = name.split(".")
         shared = ROOT / "tests/driver/phrases.py"
@@ -111,25 +111,25 @@ class Messages(unittest.TestCase):
             if row.section != PLATFORMS_WORDS:
                 self.assertEqual(pieces_of_row(row.text) - shown, set(), f"stale in docs/messages.md: {row.text}")
 
-    def test_every_word_of_the_platform_is_in_its_sources(self):
+    def test_every_text_of_the_platform_is_in_its_sources(self):
         literals = set().union(*(pieces_of_source(path, "@?") for path in sources("platform/gnustep/missing")))
         words = [row for row in rows() if row.section == PLATFORMS_WORDS]
         self.assertTrue(words, f"no section {PLATFORMS_WORDS}")
         for row in words:
             self.assertEqual(pieces_of_row(row.text) - literals, set(), f"stale in docs/messages.md: {row.text}")
 
-    def test_every_text_has_tests_that_exist_and_speak_of_it(self):
+    def test_every_text_has_tests_that_exist_and_contain_it(self):
         for row in rows():
-            self.assertTrue(row.tests, f"no test has seen: {row.text}")
+            self.assertTrue(row.tests, f"the row names no test: {row.text}")
             for test in row.tests:
                 with self.subTest(text=row.text, test=test):
                     places = test_sources(test)
                     self.assertTrue(places, "there is no such test")
                     said = "".join(words_of(place) for place in places)
                     self.assertEqual([piece for piece in pieces_of_row(row.text) if piece not in said], [],
-                                     "the test does not speak of it")
+                                     "the test does not contain the text")
 
-    def test_nothing_is_passed_over_that_is_not_there(self):
+    def test_every_exclusion_names_something_that_exists(self):
         self.assertEqual([path for path in WITHOUT_TEXTS if not (ROOT / path).exists()], [])
         there = set().union(*(pieces_of_source(path, "[@u]") for path in sources(*ROOMS)))
         self.assertEqual(NOT_SHOWN - there, set())
@@ -137,7 +137,7 @@ class Messages(unittest.TestCase):
 
 @functools.cache
 def tree():
-    """Returns every file and folder of the checkout, relative to its root, without what is built."""
+    """Returns every file and folder of the checkout, relative to its root, except built files."""
     found = set()
     for folder, folders, files in os.walk(ROOT):
         folders[:] = [name for name in folders if name not in ("build", ".git", "__pycache__")]
@@ -146,14 +146,14 @@ def tree():
 
 
 def anchors(document):
-    """Returns what a link may name in a document, as code hosts make it of its headings."""
+    """Returns the anchors of a document, which code hosts derive from its headings."""
     headings = re.findall(r"^#+ (.+)$", document.read_text(), re.M)
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
 
 class Documents(unittest.TestCase):
     def check_each(self, find, explanation):
-        """Expects that `find`, called with a document and its text, yields nothing that is not there."""
+        """Checks every document: `find` gets the document and its text, and must yield no wrong link, path or name."""
         for document in DOCUMENTS:
             with self.subTest(document=str(document.relative_to(ROOT))):
                 self.assertEqual(sorted(find(document, document.read_text())), [], explanation)

@@ -1,14 +1,10 @@
-// Makes system calls of a program fail, or the program end, one at a time and at a place told by number.
-//
-//   tracer PROGRAM [ARGUMENT]...            the program says itself where (FaultWindow.hpp)
-//   tracer --kill CALL PROGRAM [ARGUMENT]...    the program and its children are killed before that call of its window;
-//                                           0 counts only, and the last line on standard output is "calls N"
-//
-// It works at the border between program and system, by ptrace(2): the calls that the C library makes within itself, as
-// posix_spawn and stdio do, are reached like all others, and so are those of the programs that it starts. Children that
-// are started outside a window, and programs that gain rights (pkexec), run untraced.
-//
-// Each fault that is made is told on standard error when QUORLEN_FAULTS_TOLD is set.
+// Makes one system call of a program fail, or kills the program before one call. A number selects the call. tracer
+// PROGRAM [ARGUMENT]... The program itself selects the call (FaultWindow.hpp). tracer --kill CALL PROGRAM [ARGUMENT]...
+// Kills the program and its children before that call of its window. If CALL is 0, it kills nothing, and the last line
+// on standard output is "calls N". It uses ptrace(2), so it also reaches the calls that the C library makes internally
+// (posix_spawn, stdio) and those of the programs that the program starts. Children that start outside a window, and
+// programs that gain rights (pkexec), run untraced. If QUORLEN_FAULTS_TOLD is set, it prints each fault on standard
+// error.
 #include "tests/faults/FaultWindow.hpp"
 
 #include <cerrno>
@@ -80,8 +76,7 @@ std::string linkTarget(const std::string &path)
     return length < 0 ? std::string() : std::string(target, static_cast<std::size_t>(length));
 }
 
-/// Whether a descriptor of a process is a file's. What goes to a terminal, a pipe or the X server isn't of interest
-/// here.
+/// Whether a descriptor of a process is a regular file or folder. The tracer ignores terminals, pipes and sockets.
 bool isFile(pid_t process, unsigned long descriptor)
 {
     const auto target = linkTarget("/proc/" + std::to_string(process) + "/fd/" + std::to_string(descriptor));
@@ -213,7 +208,7 @@ private:
             ++_made;
             _failing = process;
             _failure = kind->faults[_fault];
-            changeRegister(process, &user_regs_struct::orig_rax, -1); // no such call: nothing happens
+            changeRegister(process, &user_regs_struct::orig_rax, -1); // No call has this number, so none is made.
         }
     }
 
@@ -277,7 +272,7 @@ private:
     unsigned long _made = 0;
     bool _windowOpen = false;
     bool _killed = false;
-    std::optional<long> _answer; // to the program's request, from its entry to its exit
+    std::optional<long> _answer; // the result of the program's request, set at the call's entry, used at its exit
     pid_t _failing = 0;
     int _failure = 0;
 };

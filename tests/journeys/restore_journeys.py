@@ -1,4 +1,4 @@
-"""Restoring the licence from archives good, bad and hostile."""
+"""Restoring the licence from good, damaged and hostile archives."""
 
 from driver import PracticeMac, Tool, eventually, expect_equal, expect
 from phrases import *
@@ -10,7 +10,7 @@ FOUND_WITH_LICENCE = [*ALL_FOUND, "License detected."]
 
 
 def try_in_vain(mac: PracticeMac, tool: Tool, name: str, content: bytes) -> None:
-    """Restores from an archive that can't be restored from, and judges that nothing was touched."""
+    """Tries to restore from an unusable archive, and checks that nothing was changed."""
     before = mac.read(LICENCE)
     mac.put(f"Desktop/{name}", content)
     restore(tool, "Desktop", name)
@@ -57,8 +57,8 @@ def journey_replacing_and_declining() -> None:
         expect_equal(mac.read("Desktop/backup.zip"), archive, "the archive")
 
 
-def journey_where_no_licence_is_nobody_is_asked() -> None:
-    """The product was never here: restoring makes the folder and asks nothing."""
+def journey_without_a_licence_nothing_is_asked() -> None:
+    """The product was never installed: a restore makes the folder and asks nothing."""
     with PracticeMac(locations="none") as mac, mac.open_tool() as tool:
         mac.put("Desktop/backup.zip", zip_of((".licence", b"mine")))
         restore(tool, "Desktop", "backup.zip")
@@ -69,7 +69,8 @@ def journey_where_no_licence_is_nobody_is_asked() -> None:
 
 
 def journey_files_that_are_no_archives() -> None:
-    """A damaged archive, an empty one, an empty file and a text named .zip: each is refused, the licence untouched."""
+    """A damaged archive, an empty archive, an empty file and a text named .zip: the tool refuses each, and the licence
+    is unchanged."""
     whole = zip_of(("folder/.licence", bytes(range(256)) * 40))
     with PracticeMac() as mac, mac.open_tool() as tool:
         try_in_vain(mac, tool, "damaged.zip", whole[:len(whole) // 2])
@@ -79,7 +80,7 @@ def journey_files_that_are_no_archives() -> None:
 
 
 def journey_archives_without_a_licence() -> None:
-    """Archives whose entries only resemble a licence: by letter, by case, by more or less of the name."""
+    """Archives without a ".licence": the names of their entries differ in a letter, in case or in length."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         try_in_vain(mac, tool, "other.zip", zip_of(("folder/readme.txt", b"text")))
         try_in_vain(mac, tool, "like.zip", zip_of(*((f"{n}/{name}", b"x") for n, name in enumerate(
@@ -87,7 +88,8 @@ def journey_archives_without_a_licence() -> None:
 
 
 def journey_archives_with_a_licence_in_odd_places() -> None:
-    """One ten folders deep, one among several, one that is a folder: the first that is found is restored."""
+    """A licence ten folders deep, two licences, and a folder named ".licence": the tool restores the first that it
+    finds."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         restore_over(mac, tool, "deep.zip", zip_of(("1/2/3/4/5/6/7/8/9/10/.licence", b"deep down")))
         expect_equal(mac.read(LICENCE), b"deep down", "the licence from ten folders deep")
@@ -100,7 +102,8 @@ def journey_archives_with_a_licence_in_odd_places() -> None:
 
 
 def journey_archives_that_climb_out() -> None:
-    """Hostile archives: entries that climb, absolute ones, ones through a link. Nothing outside is ever written."""
+    """Hostile archives with entries in "..", at absolute paths, or behind a link: the tool writes nothing outside its
+    temporary folder and the licence's place."""
     link = 0o120777
     hostile = {
         "climbing.zip": [("../../climbed", b"evil"), ("../../../../../Users/ann/Desktop/climbed", b"evil"),

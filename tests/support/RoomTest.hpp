@@ -1,4 +1,4 @@
-/// What the tests of detection, removal and licence start from, and their eyes.
+/// The fixture of the tests that need a controller on a practice Mac, and functions that read the state of that Mac.
 #pragma once
 
 #import "app/AppDelegate.h"
@@ -17,15 +17,15 @@ std::array<std::filesystem::path, 11> locations();
 /// The licence file's path.
 std::filesystem::path licence();
 
-/// What a scan logs that finds nothing.
+/// The log lines of a scan that finds nothing.
 extern const Strings nothingFoundLines;
 
-/// Keeps a state of the practice Mac staged while it lives.
+/// Changes the state of the practice Mac for its own lifetime.
 class Staged
 {
 public:
-    /// @param verb Staged now, as `stage` takes it.
-    /// @param back Staged at the end.
+    /// @param verb The words for /opt/practice/stage that set the state now.
+    /// @param back The words that restore the state at the end.
     Staged(const Strings &verb, Strings back);
     ~Staged();
     Staged(const Staged &) = delete;
@@ -40,8 +40,8 @@ struct RightsRefused : Staged {
     RightsRefused() : Staged({ "rights", "refused" }, { "rights", "granted" }) { }
 };
 
-/// Until the end of the block the archiver is another: "missing", "not-a-program", "fails", "silent" (success without a
-/// file) or "dies".
+/// Until the end of the block the archiver has this mode: "missing", "not-a-program", "fails", "silent" (success
+/// without a file) or "dies".
 struct Archiver : Staged {
     explicit Archiver(const std::string &mode) : Staged({ "tool", "ditto", mode }, { "tool", "ditto", "real" }) { }
 };
@@ -51,8 +51,8 @@ struct Desktop : Staged {
     explicit Desktop(const std::string &state) : Staged({ "desktop", state }, { "desktop", "normal" }) { }
 };
 
-/// A practice Mac on which nothing of the product is left, with none of the tool's files on the Desktop and in the
-/// temporary folder, and a controller with its window.
+/// A controller with its window, on a practice Mac without the product and without files of the tool on the Desktop and
+/// in the temporary folder.
 class RoomTest : public testing::Test
 {
 protected:
@@ -69,7 +69,7 @@ protected:
     /// The log's lines since the test began.
     Strings newLines() const;
     std::string statusLine() const;
-    /// Whether the remove button, then the override button is enabled.
+    /// Whether the remove button is enabled (first) and whether the override button is enabled (second).
     std::pair<bool, bool> enabled() const;
 
     const Retained<AppDelegate> controller;
@@ -81,14 +81,14 @@ private:
 std::filesystem::path desktop();
 /// The names of the tool's files on the Desktop, in order.
 Strings filesOfTheToolOnTheDesktop();
-/// The one archive on the Desktop; a test failure when there is none or are several.
+/// The one archive on the Desktop. The test fails if there is none or more than one.
 std::filesystem::path onlyArchive();
 /// The names of the tool's folders in the temporary folder, in order.
 Strings temporaryFolders();
 /// The platform's temporary folder.
 std::filesystem::path temporaryFolder();
-/// What the licence holds in an archive, whatever folder of it the entry lies in; a test failure unless there is
-/// exactly one entry of the name and it can be read.
+/// The content of the licence in an archive, in whichever folder it is. The test fails unless the archive has exactly
+/// one readable entry of that name.
 std::string licenceInside(const std::filesystem::path &archive);
 /// The arguments of each call of a tool of the practice Mac ("/usr/bin/ditto") since it came up.
 std::vector<Strings> callsOf(const std::string &tool);

@@ -11,7 +11,7 @@
 namespace
 {
 
-/// The X server's name for a window that is on the screen.
+/// The X server's identifier of a window. The window must exist on the X server; it need not be visible.
 Window xWindow(NSWindow *window)
 {
     return reinterpret_cast<Window>([GSCurrentServer() windowDevice:static_cast<int>([window windowNumber])]);
@@ -34,11 +34,11 @@ void letManagerAskToClose(NSWindow *window)
     }
     protocols.push_back(deleteWindow);
     XSetWMProtocols(xDisplay(), xWindow(window), protocols.data(), static_cast<int>(protocols.size()));
-    XFlush(xDisplay()); // The window can be on the screen already: this must arrive before a press.
+    XFlush(xDisplay()); // The window may be visible already, and the user may press its close button at once.
 }
 
-/// The window that a modal one belongs to: the modal window before it, else the program's main window on the screen;
-/// nil when there is none.
+/// The parent of the next modal window: the modal window that is open now, or else the program's visible main window.
+/// Nil if there is neither.
 NSWindow *parentOfNextModalWindow()
 {
     if ([NSApp modalWindow]) {
@@ -69,14 +69,14 @@ NSWindow *parentOfNextModalWindow()
     swizzleInstanceMethod(self, @selector(beginModalSessionForWindow:), @selector(beginManagedModalSessionForWindow:));
 }
 
-/// Replaces `beginModalSessionForWindow:`. Tells the window manager which window the modal one belongs to, before it
-/// sees the modal one. The window manager then keeps the modal window in front and gives it the keyboard. Without this,
+/// Replaces `beginModalSessionForWindow:`. Tells the window manager the parent of the modal window before the modal
+/// window appears. The window manager then keeps the modal window in front and gives it the keyboard. Without this,
 /// a click on the other window hides the modal one, and the program looks dead.
 - (NSModalSession)beginManagedModalSessionForWindow:(NSWindow *)window
 {
     NSWindow *parent = parentOfNextModalWindow();
     if (parent && parent != window) {
-        if ([window windowNumber] == 0) { // GNUstep makes an alert's window only when it shows it.
+        if ([window windowNumber] == 0) { // GNUstep creates the X window of an alert only when it shows the alert.
             [window _initBackendWindow];
         }
         XSetTransientForHint(xDisplay(), xWindow(window), xWindow(parent));

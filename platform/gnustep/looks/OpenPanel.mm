@@ -1,4 +1,5 @@
-// GNUstep's open panel shows no message, labels the name with the prompt, and draws its second opening too low.
+// GNUstep's open panel shows no message, uses the prompt as the label of the name field, and is drawn too low when it
+// opens for the second time.
 // This file is unnecessary when GNUstep's panel shows its title, message and prompt as a Mac's does.
 #import <AppKit/AppKit.h>
 
@@ -44,7 +45,7 @@ constexpr CGFloat leastColumnWidth = 330;
     [sheet stroke];
 }
 
-/// A new picture, of which the caller is the owner, that one of the methods above draws.
+/// Makes a picture that one of the methods above draws. The caller owns it.
 + (NSImage *)newPictureDrawnBy:(SEL)method
 {
     NSImage *image = [[NSImage alloc] initWithSize:NSMakeSize(16, 15)];
@@ -106,7 +107,7 @@ constexpr CGFloat leastColumnWidth = 330;
     return [_titleField stringValue];
 }
 
-/// The title of the confirming button. GNUstep takes it for the label of the name.
+/// The title of the confirming button. GNUstep uses the prompt as the label of the name field.
 - (void)setPrompt:(NSString *)prompt
 {
     [_okButton setTitle:prompt];
@@ -122,13 +123,13 @@ constexpr CGFloat leastColumnWidth = 330;
     return [_okButton title];
 }
 
-/// As many columns as leave room for whole names. GNUstep calls this when the panel has another size.
+/// Sets the number of columns so that whole names fit. GNUstep calls this when the size of the panel changes.
 - (void)_windowResized:(NSNotification *)notification
 {
     [_browser setMaxVisibleColumns:static_cast<NSInteger>(NSWidth([_browser frame]) / leastColumnWidth)];
 }
 
-/// Puts everything in its place in a new panel: the message, the files, the name and the buttons.
+/// Lays out a new panel: the message, the files, the name field and the buttons.
 - (void)layOut
 {
     [self setContentSize:contentSize];
@@ -184,7 +185,7 @@ constexpr CGFloat leastColumnWidth = 330;
     return panel;
 }
 
-/// The file that may be chosen and whose whole path stands in the name field, or nil.
+/// The file whose whole path is in the name field. Nil if there is no such file or it may not be chosen.
 - (NSString *)typedFile
 {
     NSString *typed = [[_form currentEditor] string] ?: [[_form cellAtIndex:0] stringValue];

@@ -1,4 +1,4 @@
-/// GNUstep's NSAppleScript is an empty class: this makes it run one statement,
+/// GNUstep's NSAppleScript is an empty class. This file makes it run one statement,
 /// `do shell script "…" with administrator privileges`. This file is unnecessary when GNUstep's class runs it.
 #pragma once
 
@@ -11,22 +11,25 @@ extern NSString *const NSAppleScriptErrorNumber;       ///< NSNumber: see `execu
 
 @interface NSAppleScript (ShellStatement)
 
-/// Makes a script of a source text, which is read only when the script is run.
+/// Makes a script from a source text. The text is parsed only when the script is run.
 ///
-/// @param source the statement; ShellStatementParser.hpp says what is understood.
-/// @return the script; never nil for a source that is not nil, however wrong.
+/// @param source the statement; ShellStatementParser.hpp says which statements it accepts.
+/// @return the script; not nil if the source is not nil, even if the source is wrong.
 - (instancetype)initWithSource:(NSString *)source;
 
-/// Runs the statement's shell text as root, once the user has granted administrator rights in polkit's prompt.
-/// Returns when the shell has ended, or the rights were refused.
+/// Asks the user for administrator rights in polkit's prompt, and then runs the statement's shell text as root.
+/// Returns when the shell has ended, or when the rights are refused.
 ///
-/// @param errorInfo receives the error record when there is no result, and is left alone when there is one; may be
-/// null. The record's number
-///     is -2741 for a source that is no such statement, -1700 for a text that no shell can be given (a null character
-///     or half a surrogate pair in it), -128 ("User canceled.") when the prompt was dismissed or the rights refused,
-///     the shell's exit status when that is not 0, pkexec's status when it could not start the shell, and 100000 plus
-///     the error number when a system call failed.
-/// @return the shell's standard output, with line ends and the last of them treated as macOS does; nil after a failure.
+/// @param errorInfo receives the error record after a failure; is not changed after a success; may be null. The number
+/// of the record is
+///     -2741 if the source is not such a statement,
+///     -1700 if the text has a null character or half a surrogate pair, which cannot be passed to a shell,
+///     -128 ("User canceled.") if the prompt was dismissed or the rights were refused,
+///     the shell's exit status if that is not 0,
+///     pkexec's exit status if pkexec could not start the shell,
+///     100000 plus the error number if a system call failed.
+/// @return the shell's standard output; nil after a failure. As on macOS, line feeds become carriage returns, and
+/// one at the end is dropped.
 - (NSAppleEventDescriptor *)executeAndReturnError:(NSDictionary **)errorInfo;
 
 @end

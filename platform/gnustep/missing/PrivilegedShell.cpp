@@ -33,8 +33,8 @@ ShellResult systemError(std::string call, int number)
     return { .outcome = Outcome::SystemError, .code = number, .output = {}, .error = std::move(call) };
 }
 
-/// Puts a text into sealed memory, which no process can change, to be read from its start. When the result is not open,
-/// `failed` names the call that failed and errno says why.
+/// Writes a text into sealed memory, which no process can change. Reading begins at the start of the text. If a call
+/// fails, the result is not open, `failed` names the call, and errno says why.
 FileDescriptor sealedText(std::string_view text, const char *&failed)
 {
     failed = "memfd_create";
@@ -84,7 +84,7 @@ int drain(FileDescriptor &output, std::string &outputText, FileDescriptor &error
 {
     std::array<char, 4096> buffer;
     while (output.isOpen() || error.isOpen()) {
-        // poll passes over negative descriptors, which is what a closed stream's is.
+        // A closed stream has a negative descriptor, and poll ignores negative descriptors.
         pollfd streams[] = { { output.number(), POLLIN, 0 }, { error.number(), POLLIN, 0 } };
         if (poll(streams, std::size(streams), -1) < 0) {
             if (errno == EINTR) {
@@ -139,7 +139,8 @@ Outcome outcomeOf(const ProcessEnd &end, bool shellBegan, const std::string &err
 
 ShellResult runAsSuperuser(std::string_view text)
 {
-    // The added line end changes nothing for the shell, and shows that the shell has read even an empty text.
+    // The added line feed means nothing to the shell. It makes the input non-empty, so that its position below tells
+    // whether the shell has read it, even if the text is empty.
     const char *failed = nullptr;
     const FileDescriptor input = sealedText(std::string(text) + '\n', failed);
     if (!input.isOpen()) {
@@ -169,14 +170,14 @@ ShellResult runAsSuperuser(std::string_view text)
     ProcessEnd end;
     const int waitError = waitForEnd(process, end);
     if (drainError) {
-        return systemError("poll", drainError);
+        return systemError("poll or read", drainError);
     }
     if (waitError) {
         return systemError("waitpid", waitError);
     }
 
-    // The shell shares the position in its input with this process: it has moved as soon as the shell has read any of
-    // the text.
+    // The shell and this process share one file position. If the position is not 0, the shell has begun to read the
+    // text.
     const off_t position = lseek(input.number(), 0, SEEK_CUR);
     if (position < 0) {
         return systemError("lseek", errno);
