@@ -1,9 +1,21 @@
 #import "app/AppDelegate+ActivityLog.h"
 #import "platform/Retained.hpp"
 #import "tests/support/Stage.hpp"
+#import "tests/support/SwizzledMethod.hpp"
 #import "ui/AppDelegate+MainWindow.h"
 
 #include <gtest/gtest.h>
+
+/// A log view that yields no text.
+@interface BlankTextView : NSTextView
+@end
+
+@implementation BlankTextView
+- (NSString *)string
+{
+    return nil;
+}
+@end
 
 namespace
 {
@@ -23,16 +35,28 @@ protected:
     }
 
     const Retained<AppDelegate> controller = adopt([[AppDelegate alloc] init]);
-    const std::string header = "version: 1.0\nupdated: 2026.06.14\nReady.\n";
+    /// The version is that of this program's own bundle.
+    const std::string header = "version: 2.7.31\nupdated: 2026.06.14\nReady.\n";
 };
 
 }
 
 TEST_F(ActivityLog, StartsWithVersionDateAndReady)
 {
-    ASSERT_EQ([[NSBundle mainBundle] objectForInfoDictionaryKey:@"CFBundleShortVersionString"], nil);
-
     EXPECT_EQ(log(), header);
+}
+
+TEST_F(ActivityLog, CallsTheVersion1Point0WhereTheBundleStatesNoneOrAnEmptyOne)
+{
+    static NSString *stated;
+    const SwizzledMethod information(
+        [NSBundle class], @selector(objectForInfoDictionaryKey:), +[](id, SEL, NSString *) { return stated; });
+    for (NSString *version : { static_cast<NSString *>(nil), @"" }) {
+        stated = version;
+        EXPECT_EQ(utf8([controller.get() appVersionString]), "1.0");
+    }
+    stated = @"2";
+    EXPECT_EQ(utf8([controller.get() appVersionString]), "2") << "any other version is shown";
 }
 
 TEST_F(ActivityLog, GainsTheMessageAndOneLineFeed)
@@ -64,6 +88,16 @@ TEST_F(ActivityLog, ShowsAPercentSignAsItIs)
     EXPECT_EQ(log(), header + "100 %@ %s %d\n");
 }
 
+TEST_F(ActivityLog, BeginsWithTheMessageWhereTheViewYieldsNoText)
+{
+    const auto blank = adopt([[BlankTextView alloc] initWithFrame:NSMakeRect(0, 0, 100, 100)]);
+    [controller.get() setLogView:blank.get()];
+
+    [controller.get() appendLog:@"first"];
+
+    EXPECT_EQ(utf8([[blank.get() textStorage] string]), "first\n");
+}
+
 TEST_F(ActivityLog, IsScrolledToItsEndAfterEachLine)
 {
     NSTextView *view = [controller.get() logView];
@@ -83,15 +117,7 @@ TEST(ActivityLogWithoutAWindow, SwallowsAMessage)
 {
     const auto controller = adopt([[AppDelegate alloc] init]);
 
-    [controller.get() appendLog:@"nobody sees this"];
-    [controller.get() appendLog:nil];
+    [controller.get() appendLog:@"no one sees this"];
 
     EXPECT_EQ([controller.get() logView], nil);
-}
-
-TEST(UpdatedDate, IsTheBuildsOwn)
-{
-    const auto controller = adopt([[AppDelegate alloc] init]);
-
-    EXPECT_EQ(utf8([controller.get() appUpdatedString]), "2026.06.14");
 }

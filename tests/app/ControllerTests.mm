@@ -1,6 +1,7 @@
 #import "app/AppDelegate.h"
 #import "platform/Retained.hpp"
 #import "tests/support/Stage.hpp"
+#import "tests/support/SwizzledMethod.hpp"
 #import "ui/AppDelegate+OverrideReveal.h"
 
 #include <gtest/gtest.h>
@@ -66,6 +67,10 @@ std::vector<std::string> calls;
 }
 @end
 
+/// Sends an event to the application when it is destroyed.
+@interface LateEvent : NSObject
+@end
+
 namespace
 {
 
@@ -95,6 +100,14 @@ NSEvent *keyDown(NSString *characters)
 }
 
 }
+
+@implementation LateEvent
+- (void)dealloc
+{
+    [NSApp sendEvent:keyDown(@"a")];
+    [super dealloc];
+}
+@end
 
 TEST_F(Controller, StartsEmpty)
 {
@@ -185,7 +198,37 @@ TEST_F(Controller, TerminationRemovesTheMonitorAndForgetsIt)
     EXPECT_EQ(calls.size(), 1u) << "the monitor was still there";
 }
 
-TEST_F(Controller, TheMonitorDoesNotKeepTheControllerAliveAndPassesEventsOnWithoutIt)
+TEST_F(Controller, TerminationWithoutAMonitorRemovesNone)
+{
+    static int removals;
+    removals = 0;
+    const SwizzledMethod remove(
+        object_getClass([NSEvent class]), @selector(removeMonitor:), +[](id, SEL, id) { ++removals; });
+
+    [controller.get() applicationWillTerminate:nil];
+    EXPECT_EQ(removals, 0);
+
+    [controller.get() setModifierMonitor:witness("monitor")];
+    [controller.get() applicationWillTerminate:nil];
+    EXPECT_EQ(removals, 1);
+}
+
+TEST_F(Controller, TheMonitorDoesNotCallAControllerThatIsBeingDestroyed)
+{
+    AppDelegate *watching = [[WatchingController alloc] init];
+    [watching installModifierMonitor];
+    const auto monitor = Retained<NSObject>::sharing([watching modifierMonitor]);
+    @autoreleasepool {
+        [watching setModifierMonitor:[[[LateEvent alloc] init] autorelease]];
+    }
+
+    [watching release];
+
+    EXPECT_TRUE(calls.empty());
+    [NSEvent removeMonitor:monitor.get()];
+}
+
+TEST_F(Controller, TheMonitorDoesNotKeepTheControllerAlive)
 {
     AppDelegate *watching = [[WatchingController alloc] init];
     [watching installModifierMonitor];

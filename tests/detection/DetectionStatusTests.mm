@@ -1,3 +1,4 @@
+#import "app/AppDelegate+ActivityLog.h"
 #import "detection/AppDelegate+DetectionStatus.h"
 #import "detection/AppDelegate+KnownLocations.h"
 #import "tests/support/RoomTest.hpp"
@@ -20,9 +21,10 @@ namespace fs = std::filesystem;
 }
 @end
 
-/// Notes what the user sees when it is asked which of the two buttons to show.
+/// Notes what the user sees when the scan logs, and when it is asked which of the two buttons to show.
 @interface ControllerThatShowsLast : AppDelegate {
 @public
+    std::string _statusWhenLogging;
     std::string _statusThen;
     std::string _logThen;
     bool _detectedThen;
@@ -31,6 +33,11 @@ namespace fs = std::filesystem;
 @end
 
 @implementation ControllerThatShowsLast
+- (void)appendLog:(NSString *)message
+{
+    _statusWhenLogging = utf8([[self statusLabel] stringValue]);
+    [super appendLog:message];
+}
 - (void)updateOverrideButtonVisibility
 {
     ++_times;
@@ -154,7 +161,7 @@ TEST_F(DetectionStatus, LeavesTheOverrideButtonsStateAlone)
     }
 }
 
-TEST_F(DetectionStatusAndButtons, ChoosesTheVisibleButtonAtItsEnd)
+TEST_F(DetectionStatusAndButtons, ShowsTheStatusThenLogsThenChoosesTheVisibleButton)
 {
     write(licence(), "a licence");
     [[controller.get() removeButton] setHidden:YES];
@@ -167,6 +174,7 @@ TEST_F(DetectionStatusAndButtons, ChoosesTheVisibleButtonAtItsEnd)
     const auto *noted = static_cast<ControllerThatShowsLast *>(controller.get());
     EXPECT_EQ(noted->_times, 1);
     EXPECT_TRUE(noted->_detectedThen);
+    EXPECT_EQ(noted->_statusWhenLogging, statusLine());
     EXPECT_EQ(noted->_statusThen, statusLine());
     EXPECT_EQ(noted->_logThen, log());
 }

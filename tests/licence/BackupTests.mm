@@ -162,6 +162,18 @@ TEST_F(Backup, HandsTheArchiverTheStagedCopyInSixArguments)
             desktop() / (nameAt221412 + ".zip") }));
 }
 
+TEST_F(Backup, NamesItsFolderAndItsArchiveByOneStampThoughTheClockMoves)
+{
+    const StoppedClock clock(secondsAt221412);
+    StoppedClock::moveOnAtEachReading();
+
+    backUp();
+
+    const auto call = callsOf("/usr/bin/ditto").back();
+    EXPECT_EQ(fs::path(call[4]).parent_path().filename(), fs::path(call[5]).stem());
+    EXPECT_EQ(onlyArchive(), call[5]);
+}
+
 TEST_F(Backup, NeverTouchesAnEarlierArchive)
 {
     StoppedClock clock(secondsAt221412);

@@ -250,23 +250,36 @@ TEST_F(RemovalFlow, NoticesThatTheProductAppearedSinceTheLastScan)
     EXPECT_FALSE(fs::exists(locations()[10]));
 }
 
-TEST_F(RemovalFlow, CancellingTheConfirmationLeavesNoTrace)
+TEST_F(RemovalFlow, CancellingAConfirmationLeavesNoTrace)
 {
-    for (const bool overriding : { false, true }) {
-        installLicence();
-        const auto status = statusLine();
-        AlertAnswers answers({ "Cancel" });
-
-        overriding ? override() : remove();
-
-        EXPECT_EQ(answers.seen(), std::vector { overriding ? overrideConfirmation : confirmation });
-        EXPECT_EQ(newLines(), Strings());
-        EXPECT_EQ(statusLine(), status) << "no scan";
-        EXPECT_EQ(enabled(), std::pair(true, true));
-        EXPECT_EQ(filesOfTheToolOnTheDesktop(), Strings());
-        EXPECT_EQ(temporaryFolders(), Strings());
-        EXPECT_EQ(contents(licence()), "the licence");
+    installLicence();
+    scan();
+    const auto lines = newLines();
+    const auto status = statusLine();
+    {
+        AlertAnswers answers({ "Cancel", "Cancel" });
+        remove();
+        override();
+        EXPECT_EQ(answers.seen(), (std::vector { confirmation, overrideConfirmation }));
     }
+    EXPECT_EQ(newLines(), lines);
+    EXPECT_EQ(statusLine(), status);
+    EXPECT_EQ(enabled(), std::pair(true, true));
+    EXPECT_EQ(filesOfTheToolOnTheDesktop(), Strings());
+    EXPECT_EQ(temporaryFolders(), Strings());
+    EXPECT_EQ(contents(licence()), "the licence");
+}
+
+TEST_F(RemovalFlow, CancellingTheOverrideLeavesTheRemoveButtonDisabled)
+{
+    scan();
+    AlertAnswers answers({ "Cancel" });
+
+    override();
+
+    EXPECT_EQ(answers.seen(), std::vector { overrideConfirmation });
+    EXPECT_EQ(enabled(), std::pair(false, true));
+    EXPECT_EQ(newLines(), nothingFoundLines);
 }
 
 TEST_F(RemovalFlow, OnlyTheFirstButtonGoesOnWhateverOtherCodeAnAlertReturns)

@@ -5,8 +5,6 @@
 #include "platform/gnustep/missing/PrivilegedShell.hpp"
 #import "platform/Text.hpp"
 #include "removal/CleanupScript.hpp"
-#include "removal/Quoting.hpp"
-#include "tests/removal/RandomText.hpp"
 #import "tests/support/PlatformFolders.hpp"
 #import "tests/support/RoomTest.hpp"
 
@@ -34,7 +32,6 @@ protected:
         }
         return words;
     }
-    std::string shellQuotedPath(NSString *path) const { return utf8([controller.get() shellQuotedString:path]); }
 };
 
 /// Everything in the places where the product lives, and what it is.
@@ -60,27 +57,12 @@ TEST_F(UsersScript, AsksForTheHomeOnceAndAfreshEachTime)
     }
 }
 
-TEST_F(UsersScript, DeletesWhereThePlatformJoinsPaths)
+TEST_F(UsersScript, QuotesStringsOfThePlatform)
 {
-    for (const std::string home :
-        { "/Users/ann", "/Users/ann/", "/", "/Users/o'neil", "/Users/a b", "/Users/ trailing ", "/Users/$(x)",
-            "/Users/back\\slash", "/Users/\"", "/Users/Zoë", "/Users/.hidden", "/Users/a.b/c" }) {
-        const ReportedHome reported(home);
+    NSString *text = ns("o'neil \"\\ \n\U0001F600");
 
-        EXPECT_EQ(deleted()[3],
-            shellQuotedPath([ns(home) stringByAppendingPathComponent:@"Library/Application Support/Quorlen"]));
-        EXPECT_EQ(deleted()[10], shellQuotedPath([ns(home) stringByAppendingPathComponent:@"Library/Logs/Quorlen"]));
-    }
-}
-
-TEST_F(UsersScript, QuotesAnyStringOfThePlatformsUnchanged)
-{
-    RandomText random(RandomText::Holding::NoHalves);
-    for (int count = 0; count < 500; ++count) {
-        const auto text = random.next();
-        ASSERT_EQ(utf16([controller.get() shellQuotedString:nsString(text)]), shellQuoted(text));
-        ASSERT_EQ(utf16([controller.get() appleScriptQuotedString:nsString(text)]), appleScriptQuoted(text));
-    }
+    EXPECT_EQ(utf8([controller.get() shellQuotedString:text]), "'o'\\''neil \"\\ \n\U0001F600'");
+    EXPECT_EQ(utf8([controller.get() appleScriptQuotedString:text]), "\"o'neil \\\"\\\\ \\n\U0001F600\"");
 }
 
 TEST_F(UsersScript, WhereNothingIsInstalledDeletesNothingPrintsNoErrorAndSucceeds)

@@ -49,14 +49,17 @@ public:
         midnight.tm_mday = 15;
         midnight.tm_isdst = -1;
         _now = static_cast<double>(std::mktime(&midnight)) + seconds;
+        _step = 0;
     }
+    /// From now on each reading of the clock moves it on by a second.
+    static void moveOnAtEachReading() { _step = 1; }
 
 private:
-    inline static double _now;
+    inline static double _now, _step;
     const SwizzledMethod _date
     {
         object_getClass([NSDate class]), @selector(date),
-            +[](id, SEL) { return [NSDate dateWithTimeIntervalSince1970:_now]; }
+            +[](id, SEL) { return [NSDate dateWithTimeIntervalSince1970:std::exchange(_now, _now + _step)]; }
     };
 };
 

@@ -8,21 +8,25 @@
 
 #include <gtest/gtest.h>
 
-/// Counts the key presses that reach it as the window's first responder.
-@interface KeyCounter : NSView {
+/// Notes the key presses and mouse moves that reach it as the window's first responder.
+@interface NotingView : NSView {
 @public
-    int _presses;
+    std::vector<NSEvent *> _seen; // Owned by the event queue's pool: compare, don't message.
 }
 @end
 
-@implementation KeyCounter
+@implementation NotingView
 - (BOOL)acceptsFirstResponder
 {
     return YES;
 }
 - (void)keyDown:(NSEvent *)event
 {
-    ++_presses;
+    _seen.push_back(event);
+}
+- (void)mouseMoved:(NSEvent *)event
+{
+    _seen.push_back(event);
 }
 @end
 
@@ -38,10 +42,8 @@ protected:
         controller = new Retained<AppDelegate>(adopt([[AppDelegate alloc] init]));
         [it() buildWindow];
         [it() installModifierMonitor];
-        ASSERT_TRUE(handleEventsUntil([] {
-            const auto name = run({ "xdotool", "getwindowfocus", "getwindowname" }).output;
-            return name == utf8([[it() window] title]) + "\n";
-        }));
+        [[it() window] setAcceptsMouseMovedEvents:YES];
+        ASSERT_TRUE(handleEventsUntil([] { return focusedTitle() == utf8([[it() window] title]) + "\n"; }));
     }
     static void TearDownTestSuite()
     {
@@ -52,9 +54,8 @@ protected:
     void SetUp() override { [it() updateDetectionStatus]; }
     void TearDown() override
     {
-        for (const char *key : { "Shift_L", "Shift_R", "Control_L", "Alt_L" }) {
-            run({ "xdotool", "keyup", key });
-        }
+        run({ "xdotool", "keyup", "Shift_L", "keyup", "Shift_R", "keyup", "Control_L", "keyup", "Alt_L", "keyup",
+            "Super_L" });
         handleEverythingPressed();
         std::filesystem::remove_all(planted);
     }
@@ -62,22 +63,40 @@ protected:
     static AppDelegate *it() { return controller->get(); }
     static bool removeShown() { return ![[it() removeButton] isHidden]; }
     static bool overrideShown() { return ![[it() overrideButton] isHidden]; }
+    static std::string focusedTitle() { return run({ "xdotool", "getwindowfocus", "getwindowname" }).output; }
     /// A view that has the window's keyboard.
-    static KeyCounter *addCounter()
+    static NotingView *addNotingView()
     {
-        KeyCounter *counter = [[[KeyCounter alloc] initWithFrame:NSMakeRect(0, 0, 560, 430)] autorelease];
-        [[[it() window] contentView] addSubview:counter];
-        [[it() window] makeFirstResponder:counter];
-        return counter;
+        NotingView *view = [[[NotingView alloc] initWithFrame:NSMakeRect(0, 0, 560, 430)] autorelease];
+        [[[it() window] contentView] addSubview:view];
+        [[it() window] makeFirstResponder:view];
+        return view;
+    }
+    static void removeNotingView(NotingView *view)
+    {
+        [[it() window] makeFirstResponder:nil];
+        [view removeFromSuperview];
     }
     /// Presses a key that is handled after all that was pressed before it, and handles events until it has arrived.
     static void handleEverythingPressed()
     {
-        KeyCounter *counter = addCounter();
+        NotingView *view = addNotingView();
         run({ "xdotool", "key", "a" });
-        EXPECT_TRUE(handleEventsUntil([counter] { return counter->_presses > 0; }));
-        [[it() window] makeFirstResponder:nil];
-        [counter removeFromSuperview];
+        EXPECT_TRUE(handleEventsUntil([view] { return !view->_seen.empty(); }));
+        removeNotingView(view);
+    }
+    /// A movement of the pointer that no real pointer made.
+    static NSEvent *mouseMoved()
+    {
+        return [NSEvent mouseEventWithType:NSMouseMoved
+                                  location:NSMakePoint(10, 10)
+                             modifierFlags:0
+                                 timestamp:0
+                              windowNumber:[[it() window] windowNumber]
+                                   context:nil
+                               eventNumber:0
+                                clickCount:0
+                                  pressure:0];
     }
 
     static Retained<AppDelegate> *controller;
@@ -118,30 +137,40 @@ TEST_F(OverrideReveal, ChangesNothingWhileTheProductIsDetected)
     EXPECT_FALSE(overrideShown());
 }
 
-TEST_F(OverrideReveal, IgnoresEveryOtherModifier)
+TEST_F(OverrideReveal, DependsOnShiftAloneWhateverOtherModifierIsHeld)
 {
-    run({ "xdotool", "key", "Caps_Lock" });
-    handleEverythingPressed();
-    EXPECT_FALSE(overrideShown()) << "Caps Lock";
-    run({ "xdotool", "key", "Caps_Lock" });
-
-    int changes = 0;
-    int *const counted = &changes;
-    const id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskFlagsChanged
-                                                             handler:^(NSEvent *event) {
-                                                                 ++*counted;
-                                                                 return event;
-                                                             }];
-    for (const char *key : { "Control_L", "Alt_L" }) {
-        const int before = changes;
+    for (const char *key : { "Caps_Lock", "Control_L", "Alt_L", "Super_L" }) { // Control, Option and Command
         run({ "xdotool", "keydown", key });
-        ASSERT_TRUE(handleEventsUntil([&] { return changes > before; })) << key;
-        EXPECT_FALSE(overrideShown()) << key;
-        EXPECT_TRUE(removeShown()) << key;
+        handleEverythingPressed();
+        EXPECT_FALSE(overrideShown()) << key << " alone";
+        EXPECT_TRUE(removeShown()) << key << " alone";
+
+        run({ "xdotool", "keydown", "Shift_L" });
+        EXPECT_TRUE(handleEventsUntil([] { return overrideShown(); })) << key << " with Shift";
+        EXPECT_FALSE(removeShown()) << key << " with Shift";
+
+        run({ "xdotool", "keyup", "Shift_L" });
+        EXPECT_TRUE(handleEventsUntil([] { return !overrideShown(); })) << key << " after Shift";
         run({ "xdotool", "keyup", key });
-        ASSERT_TRUE(handleEventsUntil([&] { return changes > before + 1; })) << key;
     }
-    [NSEvent removeMonitor:monitor];
+    run({ "xdotool", "key", "Caps_Lock" }); // off again
+}
+
+TEST_F(OverrideReveal, WaitsForTheNextEventOfThisApplicationWhileAnotherOneIsInFront)
+{
+    const auto other = run({ "sh", "-c", "xev -name Other -event keyboard >/tmp/xev.txt & echo $!" }).output;
+    run({ "timeout", "20", "xdotool", "search", "--sync", "--name", "^Other$", "windowactivate" });
+    ASSERT_TRUE(handleEventsUntil([] { return focusedTitle() == "Other\n" && ![[it() window] isKeyWindow]; }));
+
+    run({ "xdotool", "keydown", "Shift_L" });
+    ASSERT_TRUE(handleEventsUntil([] { return contents("/tmp/xev.txt").find("Shift_L") != std::string::npos; }));
+    EXPECT_FALSE(overrideShown());
+    [NSApp sendEvent:mouseMoved()];
+    EXPECT_TRUE(overrideShown());
+
+    run({ "kill", other.substr(0, other.find('\n')) });
+    run({ "xdotool", "search", "--name", "^Quorlen 3 Removal Tool$", "windowactivate" });
+    EXPECT_TRUE(handleEventsUntil([] { return [[it() window] isKeyWindow] && focusedTitle() != "Other\n"; }));
 }
 
 TEST_F(OverrideReveal, HidesTheOverrideWhenAScanFindsTheProductThoughShiftIsHeld)
@@ -173,32 +202,60 @@ TEST_F(OverrideReveal, LeavesTitlesEnabledStatesStatusAndLogAlone)
     EXPECT_EQ(utf8([[it() statusLabel] stringValue]), status);
 }
 
-TEST_F(OverrideReveal, LetsKeysReachTheWindow)
+TEST_F(OverrideReveal, PassesTheVeryEventOnToTheWindow)
 {
-    KeyCounter *counter = addCounter();
+    NotingView *view = addNotingView();
+    NSEvent *key = [NSEvent keyEventWithType:NSKeyDown
+                                    location:NSZeroPoint
+                               modifierFlags:0
+                                   timestamp:0
+                                windowNumber:[[it() window] windowNumber]
+                                     context:nil
+                                  characters:@"b"
+                 charactersIgnoringModifiers:@"b"
+                                   isARepeat:NO
+                                     keyCode:0];
+    NSEvent *move = mouseMoved();
 
-    run({ "xdotool", "key", "b" });
-    run({ "xdotool", "key", "c" });
+    [NSApp sendEvent:key];
+    [NSApp sendEvent:move];
 
-    EXPECT_TRUE(handleEventsUntil([counter] { return counter->_presses == 2; }));
+    EXPECT_EQ(view->_seen, (std::vector<NSEvent *> { key, move }));
+    removeNotingView(view);
 }
 
-TEST_F(OverrideReveal, WatchesMouseMovesKeyPressesAndModifierChanges)
+TEST_F(OverrideReveal, PassesEventsOnAfterTheControllerIsGone)
+{
+    AppDelegate *other = [[AppDelegate alloc] init];
+    [other installModifierMonitor];
+    const auto monitor = Retained<NSObject>::sharing([other modifierMonitor]);
+    [other release];
+    NotingView *view = addNotingView();
+    NSEvent *move = mouseMoved();
+
+    [NSApp sendEvent:move];
+
+    EXPECT_EQ(view->_seen, std::vector<NSEvent *> { move });
+    removeNotingView(view);
+    [NSEvent removeMonitor:monitor.get()];
+}
+
+TEST_F(OverrideReveal, AsksForTheKeysAsTheyAreHeldNowAtAMouseMove)
 {
     // Shift pressed where no event tells of it: while the program handles nothing.
     run({ "xdotool", "keydown", "Shift_L" });
-    NSEvent *moved = [NSEvent mouseEventWithType:NSMouseMoved
-                                        location:NSMakePoint(10, 10)
-                                   modifierFlags:0
-                                       timestamp:0
-                                    windowNumber:[[it() window] windowNumber]
-                                         context:nil
-                                     eventNumber:0
-                                      clickCount:0
-                                        pressure:0];
     ASSERT_FALSE(overrideShown());
 
-    [NSApp sendEvent:moved];
+    [NSApp sendEvent:mouseMoved()];
 
-    EXPECT_TRUE(overrideShown()) << "the keys are asked for as they are held now, not as the event says";
+    EXPECT_TRUE(overrideShown());
+}
+
+TEST(OverrideRevealWithoutAWindow, SkipsTheButtons)
+{
+    const auto controller = adopt([[AppDelegate alloc] init]);
+
+    [controller.get() updateOverrideButtonVisibility];
+
+    EXPECT_EQ([controller.get() overrideButton], nil);
 }

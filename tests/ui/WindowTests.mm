@@ -1,5 +1,6 @@
 #import "platform/Retained.hpp"
 #import "tests/support/Stage.hpp"
+#import "tests/support/SwizzledMethod.hpp"
 #import "ui/AppDelegate+MainWindow.h"
 
 #include <gtest/gtest.h>
@@ -73,6 +74,30 @@ TEST_F(Window, IsTitledClosableAndMiniaturizableButNotResizable)
     EXPECT_EQ(content.size.height, 430);
 }
 
+TEST_F(Window, IsAskedForWithItsContentBufferedAtOnceAndNotRestored)
+{
+    // GNUstep's window doesn't tell: that this is asked for shows in the calls alone.
+    static std::vector<NSUInteger> asked;
+    asked.clear();
+    {
+        const SwizzledMethod restorable(
+            [NSWindow class], @selector(setRestorable:), +[](id, SEL, BOOL flag) { asked.push_back(flag); });
+        [controller.get() buildWindow];
+    }
+    const SwizzledMethod make(
+        [NSWindow class], @selector(initWithContentRect:styleMask:backing:defer:),
+        +[](id window, SEL, NSRect content, NSUInteger, NSBackingStoreType backing, BOOL defer) {
+            EXPECT_TRUE(NSEqualRects(content, NSMakeRect(0, 0, 560, 430)));
+            asked.insert(asked.end(), { backing, defer });
+            [window release];
+            return id();
+        });
+    const auto without = adopt([[AppDelegate alloc] init]);
+    [without.get() buildWindow];
+
+    EXPECT_EQ(asked, (std::vector<NSUInteger> { NO, NSBackingStoreBuffered, NO }));
+}
+
 TEST_F(Window, StandsInTheMiddleInFrontAsTheKeyWindow)
 {
     const NSRect screen = [[NSScreen mainScreen] frame];
@@ -126,6 +151,7 @@ TEST_F(Window, ShowsALogToReadAndCopyFromButNotToTypeInto)
 
     NSTextView *log = view(7);
     EXPECT_EQ([controller.get() logView], log);
+    expectFrame(log, 0, 0, 488, 120);
     EXPECT_FALSE([log isEditable]);
     EXPECT_TRUE([log isSelectable]);
     NSFont *font = [NSFont userFixedPitchFontOfSize:11];
@@ -149,6 +175,20 @@ TEST_F(Window, HasItsRowOfButtons)
     EXPECT_EQ([window() defaultButtonCell], nil);
 }
 
+TEST_F(Window, GivesNoButtonAnEmptyToolTip)
+{
+    static std::vector<std::string> given;
+    given.clear();
+    const SwizzledMethod toolTip(
+        [NSView class], @selector(setToolTip:), +[](id, SEL, NSString *text) { given.push_back(utf8(text)); });
+
+    [controller.get() buildWindow];
+
+    EXPECT_EQ(given,
+        (std::vector<std::string> { "Open Vendrel Support", "Restore a Quorlen 3 license backup",
+            "Run cleanup even though Quorlen 3 was not detected" }));
+}
+
 TEST_F(Window, StartsWithTheRemoveButtonShownAndTheOverrideHidden)
 {
     EXPECT_FALSE([[controller.get() removeButton] isHidden]);
@@ -164,6 +204,7 @@ TEST_F(Window, WrapsItsDescriptionInsteadOfCuttingItOff)
     const NSSize wanted = [[description cell] cellSizeForBounds:NSMakeRect(0, 0, 488, 1000)];
 
     EXPECT_LE(wanted.width, 488);
+    EXPECT_LE(wanted.height, 32);
     EXPECT_TRUE([[description cell] wraps]);
 }
 
@@ -176,28 +217,31 @@ TEST_F(Window, SurvivesBeingClosed)
     EXPECT_EQ(utf8([kept title]), "Quorlen 3 Removal Tool");
 }
 
-TEST(WindowIcon, IsTheRemovalIconElseTheProductsOwn)
+/// Gives the application an image of a name while it lives.
+class NamedImage
 {
-    const auto product = adopt([[NSImage alloc] initWithSize:NSMakeSize(8, 8)]);
-    [product.get() setName:@"icon_2024"];
+public:
+    explicit NamedImage(NSString *name) { [_image.get() setName:name]; }
+    ~NamedImage() { [_image.get() setName:nil]; }
+    NSImage *get() const { return _image.get(); }
+
+private:
+    const Retained<NSImage> _image = adopt([[NSImage alloc] initWithSize:NSMakeSize(8, 8)]);
+};
+
+TEST_F(Window, ShowsTheRemovalIconElseTheProductsOwnAndTheWordmark)
+{
+    const NamedImage product(@"icon_2024");
     {
-        const auto controller = adopt([[AppDelegate alloc] init]);
+        const NamedImage wordmark(@"quorlen-typeface_1024");
         [controller.get() buildWindow];
-        NSImageView *icon = [[[[controller.get() window] contentView] subviews] objectAtIndex:0];
-        EXPECT_EQ([icon image], product.get());
-        [[controller.get() window] close];
+        EXPECT_EQ([(NSImageView *)view(1) image], product.get());
+        EXPECT_EQ([(NSImageView *)view(2) image], wordmark.get());
     }
-    const auto removal = adopt([[NSImage alloc] initWithSize:NSMakeSize(8, 8)]);
-    [removal.get() setName:@"icon_removal_2024"];
-    {
-        const auto controller = adopt([[AppDelegate alloc] init]);
-        [controller.get() buildWindow];
-        NSImageView *icon = [[[[controller.get() window] contentView] subviews] objectAtIndex:0];
-        EXPECT_EQ([icon image], removal.get());
-        [[controller.get() window] close];
-    }
-    [removal.get() setName:nil];
-    [product.get() setName:nil];
+    const NamedImage removal(@"icon_removal_2024");
+    [controller.get() buildWindow];
+    EXPECT_EQ([(NSImageView *)view(1) image], removal.get());
+    EXPECT_EQ([(NSImageView *)view(2) image], nil) << "nothing stands in for a missing wordmark";
 }
 
 TEST(Label, OfNoTextIsEmpty)
@@ -205,12 +249,18 @@ TEST(Label, OfNoTextIsEmpty)
     const auto controller = adopt([[AppDelegate alloc] init]);
     NSFont *font = [NSFont systemFontOfSize:12];
 
+    static std::vector<std::string> given;
+    given.clear();
+    const SwizzledMethod note(
+        [NSControl class], @selector(setStringValue:),
+        +[](id, SEL, NSString *text) { given.push_back(text == nil ? "nil" : utf8(text)); });
+
     NSTextField *label = [controller.get() labelWithFrame:NSMakeRect(1, 2, 3, 4)
                                                      text:nil
                                                      font:font
                                                 alignment:NSTextAlignmentRight];
 
-    EXPECT_EQ(utf8([label stringValue]), "");
+    EXPECT_EQ(given, std::vector<std::string> { "" });
     EXPECT_EQ([label alignment], NSTextAlignmentRight);
     expectFrame(label, 1, 2, 3, 4);
 }
