@@ -1,116 +1,20 @@
 """An authentication agent for polkit that cancels every request: the user dismisses the administrator prompt.
 
-Without a login session polkit knows agents only by the process that asks, so each program gets one of its own. Python's
-standard library has no D-Bus; this file has the part of it that an agent takes.
+Without a login session polkit finds an agent only by the process that asks, so each program has an agent registered for
+it. libsystemd, which dbus-daemon needs too, has the functions for D-Bus (sd-bus).
 """
+import ctypes
 import os
 import select
-import socket
-import struct
-from collections.abc import Callable
+from ctypes import byref, c_char_p, c_int, c_uint32, c_uint64, c_void_p
 
-POLKIT = "org.freedesktop.PolicyKit1"
-CALL, RETURN, ERROR = 1, 2, 3
-PATH, INTERFACE, MEMBER, ERROR_NAME, REPLY_SERIAL, DESTINATION, SENDER, SIGNATURE = range(1, 9)
-FIELD_TYPES = {PATH: "o", REPLY_SERIAL: "u", SIGNATURE: "g"}  # every other field is a string
+POLKIT = b"org.freedesktop.PolicyKit1"
 
 
-class Writer:
-    """Values one after another, each aligned as D-Bus wants it, counted from the start of the message or body."""
+class BusError(ctypes.Structure):
+    """sd_bus_error."""
 
-    def __init__(self) -> None:
-        self.bytes = bytearray()
-
-    def align(self, size: int) -> "Writer":
-        self.bytes += bytes(-len(self.bytes) % size)
-        return self
-
-    def number(self, form: str, value: int) -> "Writer":
-        self.align(struct.calcsize(form))
-        self.bytes += struct.pack("<" + form, value)
-        return self
-
-    def string(self, text: str) -> "Writer":
-        self.number("I", len(text.encode()))
-        self.bytes += text.encode() + b"\0"
-        return self
-
-    def signature(self, text: str) -> "Writer":
-        self.bytes += bytes([len(text)]) + text.encode() + b"\0"
-        return self
-
-    def array_of_structs(self, write_items: Callable[["Writer"], None]) -> "Writer":
-        at = len(self.number("I", 0).bytes) - 4
-        start = len(self.align(8).bytes)
-        write_items(self)
-        struct.pack_into("<I", self.bytes, at, len(self.bytes) - start)
-        return self
-
-
-class Bus:
-    def __init__(self) -> None:
-        self.serial = 0
-        self.socket = socket.socket(socket.AF_UNIX)
-        self.socket.connect("/run/dbus/system_bus_socket")
-        self.socket.sendall(b"\0AUTH EXTERNAL " + str(os.getuid()).encode().hex().encode() + b"\r\n")
-        if not self.socket.recv(200).startswith(b"OK"):
-            raise OSError("the system bus refuses the authentication agent")
-        self.socket.sendall(b"BEGIN\r\n")
-        self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "Hello")
-
-    def read(self, size: int) -> bytes:
-        return self.socket.recv(size, socket.MSG_WAITALL) if size else b""
-
-    def send(self, kind: int, fields: dict, signature: str = "", body: bytes = b"") -> int:
-        self.serial += 1
-        if signature:
-            fields = {**fields, SIGNATURE: signature}
-
-        def write_fields(writer: Writer) -> None:
-            for field, value in fields.items():
-                form = FIELD_TYPES.get(field, "s")
-                writer.align(8).bytes.append(field)
-                writer.signature(form)
-                match form:
-                    case "u":
-                        writer.number("I", value)
-                    case "g":
-                        writer.signature(value)
-                    case _:
-                        writer.string(value)
-
-        message = Writer()
-        message.bytes += struct.pack("<cBBBII", b"l", kind, 0, 1, len(body), self.serial)
-        message.array_of_structs(write_fields).align(8)
-        self.socket.sendall(bytes(message.bytes) + body)
-        return self.serial
-
-    def receive(self) -> tuple[int, int, dict, bytes]:
-        """Kind, serial, fields and body of the next message, all from this machine and so in its byte order."""
-        _, kind, _, _, body_size, serial, fields_size = struct.unpack("<cBBBIII", self.read(16))
-        block = self.read(fields_size + -fields_size % 8)
-        fields, at = {}, 0
-        while at < fields_size:
-            at += -at % 8
-            field, form = block[at], chr(block[at + 2])
-            at += 4
-            if form == "u":
-                fields[field] = struct.unpack_from("<I", block, at)[0]
-                at += 4
-            else:
-                size, head = (block[at], 1) if form == "g" else (struct.unpack_from("<I", block, at)[0], 4)
-                fields[field] = block[at + head:at + head + size].decode()
-                at += head + size + 1
-        return kind, serial, fields, self.read(body_size)
-
-    def call(self, to: str, path: str, interface: str, member: str, signature: str = "", body: bytes = b"") -> None:
-        asked = self.send(CALL, {PATH: path, DESTINATION: to, INTERFACE: interface, MEMBER: member}, signature, body)
-        while True:
-            kind, _, fields, answer = self.receive()
-            if fields.get(REPLY_SERIAL) == asked:
-                if kind == ERROR:
-                    raise OSError(f"{fields[ERROR_NAME]}: {answer[4:-1].decode()}")
-                return
+    _fields_ = [("name", c_char_p), ("message", c_char_p), ("need_free", c_int)]
 
 
 def start_time(pid: int) -> int:
@@ -118,26 +22,30 @@ def start_time(pid: int) -> int:
         return int(file.read().rpartition(")")[2].split()[19])
 
 
-def register(bus: Bus, pid: int) -> None:
-    def write_details(writer: Writer) -> None:
-        writer.align(8).string("pid").signature("u").number("I", pid)
-        writer.align(8).string("start-time").signature("t").number("Q", start_time(pid))
-
-    body = Writer().string("unix-process").array_of_structs(write_details).string("C").string("/agent")
-    bus.call(POLKIT, f"/{POLKIT.replace('.', '/')}/Authority", f"{POLKIT}.Authority", "RegisterAuthenticationAgent",
-             "(sa{sv})ss", bytes(body.bytes))
+def checked(result: int) -> int:
+    if result < 0:
+        raise OSError(-result, f"the system bus: {os.strerror(-result)}")
+    return result
 
 
-def serve(bus: Bus, program: int) -> None:
-    """Cancels until the program, a process descriptor, has ended."""
-    while True:
-        readable, _, _ = select.select([bus.socket, program], [], [])
-        if program in readable:
-            return
-        kind, serial, fields, _ = bus.receive()
-        if kind == CALL:
-            fields = {REPLY_SERIAL: serial, DESTINATION: fields[SENDER]}
-            bus.send(ERROR, {**fields, ERROR_NAME: f"{POLKIT}.Error.Cancelled"})
+def register(sd: ctypes.CDLL, bus: c_void_p, pid: int) -> None:
+    """Makes this connection the agent of a process."""
+    error = BusError()
+    if sd.sd_bus_call_method(
+            bus, POLKIT, b"/org/freedesktop/PolicyKit1/Authority", POLKIT + b".Authority",
+            b"RegisterAuthenticationAgent", byref(error), None, b"(sa{sv})ss",
+            b"unix-process", 2, b"pid", b"u", c_uint32(pid), b"start-time", b"t", c_uint64(start_time(pid)),
+            b"C", b"/agent") < 0:
+        raise OSError(f"polkit refuses the authentication agent: {(error.message or b'').decode()}")
+
+
+def cancel_requests(sd: ctypes.CDLL, bus: c_void_p, program: int) -> None:
+    """Cancels every request until the program, a process descriptor, has ended."""
+    message = c_void_p()
+    while program not in select.select([sd.sd_bus_get_fd(bus), program], [], [])[0]:
+        while checked(sd.sd_bus_process(bus, byref(message))):
+            if message and sd.sd_bus_message_is_method_call(message, None, None):
+                checked(sd.sd_bus_reply_method_errorf(message, POLKIT + b".Error.Cancelled", b"dismissed"))
 
 
 def dismiss_prompts_of(*pids: int) -> None:
@@ -145,13 +53,21 @@ def dismiss_prompts_of(*pids: int) -> None:
 
     Raises OSError if polkit refuses, for example because a process has an agent already or has ended."""
     program = os.pidfd_open(pids[0])
-    bus = Bus()
-    for pid in pids:
-        register(bus, pid)
+    registered, report = os.pipe()
     if os.fork() == 0:
         try:
-            serve(bus, program)
+            sd, bus = ctypes.CDLL("libsystemd.so.0"), c_void_p()
+            checked(sd.sd_bus_open_system(byref(bus)))
+            for pid in pids:
+                register(sd, bus, pid)
+            os.close(report)
+            cancel_requests(sd, bus, program)
+        except OSError as problem:
+            os.write(report, str(problem).encode())
         finally:
             os._exit(0)
-    bus.socket.close()
     os.close(program)
+    os.close(report)
+    with open(registered, encoding="utf-8") as refusal:
+        if text := refusal.read():
+            raise OSError(text)
