@@ -42,6 +42,7 @@ LICENCE = "Library/Application Support/Quorlen/.licence"  # in the home
 
 TIMEOUT = 60  # seconds until a condition that has not come true never will; far above what any step takes
 POLL_INTERVAL = 0.05  # seconds between two looks
+BUSY = 1  # seconds without an answer after which the tool counts as busy
 
 DEFAULT_BUTTON = "#1E78E6"  # how a button that Return presses is drawn on Debian
 
@@ -303,11 +304,11 @@ class Tool:
         """All that the tool shows now: see inspector/Snapshot.hpp. None while it is busy or not there yet."""
         if (status := self.process.poll()) is not None:
             raise JourneyFailure(f"the tool has ended with status {status}, and said: {self.said() or '(nothing)'}")
-        with contextlib.suppress(PracticeMacError, ConnectionError), self.mac.connect(self._socket) as line:
-            line.settimeout(TIMEOUT)
-            answer = b"".join(iter(lambda: line.recv(1 << 16), b""))
-            if answer and not (snapshot := json.loads(answer)).get("busy"):
-                return snapshot
+        with contextlib.suppress(PracticeMacError, ConnectionError, TimeoutError):
+            with self.mac.connect(self._socket) as line:
+                line.settimeout(BUSY)
+                answer = b"".join(iter(lambda: line.recv(1 << 16), b""))
+                return json.loads(answer) if answer else None
         return None
 
     def _window(self, wanted: Callable[[View], bool]) -> View | None:

@@ -3,7 +3,7 @@
 
 #include <string>
 
-/// One JSON object in UTF-8 that describes the application as it is now. To be called on the main thread. Changes
+/// One JSON object in UTF-8 that describes the application as it is now. Call it on the main thread. It changes
 /// nothing.
 ///
 /// Keys: `presses` and `moves`, how many presses of the pointer's first button and moves of the pointer a window has
@@ -13,4 +13,4 @@
 /// hidden) and `views`; a button also `button`, `text`, `enabled`, `action` and `key_equivalent`; a text field `label`
 /// and `text`; a text view `text`; an image view `image`; a matrix `cells`, each with `text` and `on_screen` (the part
 /// that is not clipped).
-std::string snapshot_of_application();
+std::string snapshotOfApplication();

@@ -27,7 +27,7 @@ struct Place {
     NSSize size = NSZeroSize;
 };
 
-Place place_of(NSWindow *window)
+Place placeOf(NSWindow *window)
 {
     Place place;
     GSDisplayServer *server = GSCurrentServer();
@@ -45,14 +45,14 @@ Place place_of(NSWindow *window)
 }
 
 /// A rectangle of a view, in root coordinates of the X server (top-left origin).
-NSRect on_screen(NSRect rect, NSView *view, const Place &place)
+NSRect onScreen(NSRect rect, NSView *view, const Place &place)
 {
     const NSRect base = [view convertRect:rect toView:nil];
     return NSMakeRect(place.origin.x + NSMinX(base), place.origin.y + place.size.height - NSMaxY(base), NSWidth(base),
         NSHeight(base));
 }
 
-NSDictionary *description_of_button(NSButton *button)
+NSDictionary *descriptionOfButton(NSButton *button)
 {
     return @{
         @"button" : @(YES),
@@ -64,7 +64,7 @@ NSDictionary *description_of_button(NSButton *button)
 }
 
 /// The cells of a matrix: a browser's column, for instance, where each cell is a file.
-NSDictionary *description_of_matrix(NSMatrix *matrix, const Place &place)
+NSDictionary *descriptionOfMatrix(NSMatrix *matrix, const Place &place)
 {
     NSMutableArray *cells = [NSMutableArray array];
     for (NSInteger row = 0; row < [matrix numberOfRows]; ++row) {
@@ -72,28 +72,25 @@ NSDictionary *description_of_matrix(NSMatrix *matrix, const Place &place)
         const NSRect frame = [matrix cellFrameAtRow:row column:0];
         [cells addObject:@ {
             @"text" : text([cell stringValue]),
-            @"on_screen" : numbers(on_screen(NSIntersectionRect(frame, [matrix visibleRect]), matrix, place)),
+            @"on_screen" : numbers(onScreen(NSIntersectionRect(frame, [matrix visibleRect]), matrix, place)),
         }];
     }
     return @ { @"cells" : cells };
 }
 
-NSDictionary *description_of_view(NSView *view, NSView *content, const Place &place)
-{
-    NSMutableArray *subviews = [NSMutableArray array];
-    for (NSView *subview in [view subviews]) {
-        [subviews addObject:description_of_view(subview, content, place)];
-    }
+NSArray *descriptionsOfSubviews(NSView *view, NSView *content, const Place &place);
 
+NSDictionary *descriptionOfView(NSView *view, NSView *content, const Place &place)
+{
     NSMutableDictionary *description = [NSMutableDictionary dictionaryWithDictionary:@{
         @"class" : NSStringFromClass([view class]),
         @"in_window" : numbers([view convertRect:[view bounds] toView:content]),
-        @"on_screen" : numbers(on_screen([view bounds], view, place)),
+        @"on_screen" : numbers(onScreen([view bounds], view, place)),
         @"visible" : @(![view isHiddenOrHasHiddenAncestor]),
-        @"views" : subviews,
+        @"views" : descriptionsOfSubviews(view, content, place),
     }];
     if ([view isKindOfClass:[NSButton class]]) {
-        [description addEntriesFromDictionary:description_of_button(static_cast<NSButton *>(view))];
+        [description addEntriesFromDictionary:descriptionOfButton(static_cast<NSButton *>(view))];
     } else if ([view isKindOfClass:[NSTextField class]]) {
         [description addEntriesFromDictionary:@{
             @"label" : @(YES),
@@ -104,42 +101,47 @@ NSDictionary *description_of_view(NSView *view, NSView *content, const Place &pl
     } else if ([view isKindOfClass:[NSImageView class]]) {
         [description setObject:text([[static_cast<NSImageView *>(view) image] name]) forKey:@"image"];
     } else if ([view isKindOfClass:[NSMatrix class]]) {
-        [description addEntriesFromDictionary:description_of_matrix(static_cast<NSMatrix *>(view), place)];
+        [description addEntriesFromDictionary:descriptionOfMatrix(static_cast<NSMatrix *>(view), place)];
     }
     return description;
 }
 
-NSDictionary *description_of_window(NSWindow *window)
+NSArray *descriptionsOfSubviews(NSView *view, NSView *content, const Place &place)
+{
+    NSMutableArray *descriptions = [NSMutableArray array];
+    for (NSView *subview in [view subviews]) {
+        [descriptions addObject:descriptionOfView(subview, content, place)];
+    }
+    return descriptions;
+}
+
+NSDictionary *descriptionOfWindow(NSWindow *window)
 {
     NSView *content = [window contentView];
-    const Place place = place_of(window);
-    NSMutableArray *views = [NSMutableArray array];
-    for (NSView *view in [content subviews]) {
-        [views addObject:description_of_view(view, content, place)];
-    }
+    const Place place = placeOf(window);
     return @{
         @"title" : text([window title]),
         @"x_window" : @(static_cast<unsigned long>(place.window)),
         @"modal" : @([NSApp modalWindow] == window),
-        @"frame" : numbers(on_screen([content bounds], content, place)),
-        @"views" : views,
+        @"frame" : numbers(onScreen([content bounds], content, place)),
+        @"views" : descriptionsOfSubviews(content, content, place),
     };
 }
 
 } // namespace
 
-std::string snapshot_of_application()
+std::string snapshotOfApplication()
 {
     NSMutableArray *windows = [NSMutableArray array];
     for (NSWindow *window in GSOrderedWindows()) {
         if ([window isVisible]) {
-            [windows addObject:description_of_window(window)];
+            [windows addObject:descriptionOfWindow(window)];
         }
     }
     NSDictionary *application = @{
         @"windows" : windows,
-        @"presses" : @(pointer_events().presses),
-        @"moves" : @(pointer_events().moves),
+        @"presses" : @(pointerEvents().presses),
+        @"moves" : @(pointerEvents().moves),
     };
     NSData *json = [NSJSONSerialization dataWithJSONObject:application options:0 error:nullptr];
     return std::string(static_cast<const char *>([json bytes]), [json length]);

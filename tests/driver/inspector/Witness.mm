@@ -1,6 +1,6 @@
-// Observes what is over before anyone can ask, and passes each call on to the platform unchanged: the event monitors
-// that the application installs and removes, each a line in the file that the environment names; and the pointer's
-// events.
+// Records events that are over before a snapshot can show them: each event monitor that the application installs or
+// removes, as a line in the file that the environment names, and the number of pointer events. Each call is passed on
+// to the platform unchanged.
 #include "Witness.hpp"
 
 #import <AppKit/AppKit.h>
@@ -11,12 +11,12 @@
 namespace
 {
 
-// The path of the file to write to; without it no method is wrapped.
-constexpr const char *file_variable = "PRACTICE_MAC_WITNESS";
+// The path of the file; without it no method is wrapped.
+constexpr const char *fileVariable = "PRACTICE_MAC_WITNESS";
 
-void write_line(const char *what, id monitor)
+void writeLine(const char *what, id monitor)
 {
-    if (const char *path = std::getenv(file_variable)) {
+    if (const char *path = std::getenv(fileVariable)) {
         std::ofstream(path, std::ios::app) << what << ' ' << static_cast<void *>(monitor) << '\n';
     }
 }
@@ -30,14 +30,14 @@ void exchange(Method original, Method witnessed)
     }
 }
 
-void exchange_for_class(SEL original, SEL witnessed)
+void exchangeForClass(SEL original, SEL witnessed)
 {
     exchange(class_getClassMethod([NSEvent class], original), class_getClassMethod([NSEvent class], witnessed));
 }
 
 } // namespace
 
-const PointerEvents &pointer_events()
+const PointerEvents &pointerEvents()
 {
     return counted;
 }
@@ -49,25 +49,25 @@ const PointerEvents &pointer_events()
 
 + (void)load
 {
-    if (!std::getenv(file_variable)) {
+    if (!std::getenv(fileVariable)) {
         return;
     }
-    exchange_for_class(
+    exchangeForClass(
         @selector(addLocalMonitorForEventsMatchingMask:handler:), @selector(witnessedAddMonitorForMask:handler:));
-    exchange_for_class(@selector(removeMonitor:), @selector(witnessedRemoveMonitor:));
+    exchangeForClass(@selector(removeMonitor:), @selector(witnessedRemoveMonitor:));
 }
 
-// Both names are exchanged with the platform's, so each of these messages reaches the platform's own method.
+// Each method is exchanged with the platform's, so these messages call the platform's own methods.
 + (id)witnessedAddMonitorForMask:(unsigned long long)mask handler:(id)handler
 {
     id monitor = [self witnessedAddMonitorForMask:mask handler:handler];
-    write_line("added", monitor);
+    writeLine("added", monitor);
     return monitor;
 }
 
 + (void)witnessedRemoveMonitor:(id)monitor
 {
-    write_line("removed", monitor);
+    writeLine("removed", monitor);
     [self witnessedRemoveMonitor:monitor];
 }
 
@@ -80,13 +80,13 @@ const PointerEvents &pointer_events()
 
 + (void)load
 {
-    if (std::getenv(file_variable)) {
+    if (std::getenv(fileVariable)) {
         exchange(class_getInstanceMethod([NSWindow class], @selector(sendEvent:)),
             class_getInstanceMethod([NSWindow class], @selector(witnessedSendEvent:)));
     }
 }
 
-// A press is counted before it is passed on: a button keeps it until the pointer's button goes up.
+// A press is counted before it is passed on, because a button returns from it only when the pointer's button goes up.
 - (void)witnessedSendEvent:(NSEvent *)event
 {
     counted.presses += [event type] == NSLeftMouseDown;
