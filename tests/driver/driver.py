@@ -169,6 +169,10 @@ class PracticeMac:
         """What is there, what is gone and what was called: `practice-mac report --json`."""
         return self._mac.ask("report")
 
+    def report_text(self) -> str:
+        """The same as text: `practice-mac report`."""
+        return self._mac.ask("report", form="text")
+
     def locations(self) -> list[str]:
         """The paths of the product's eleven locations."""
         return self._mac.ask("locations")

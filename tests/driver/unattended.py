@@ -1,8 +1,8 @@
 #!/usr/bin/python3 -ISB
-"""The journey of script/run: opens the built tool on a practice Mac, lets a person use it or uses it itself, and reports
-what it did there. See script/run for the options.
+"""The journey of script/run: opens the built tool on a practice Mac, lets the user use it or uses it itself, and prints
+what the tool did there. See script/run for the options.
 
-Ends with status 0 only if everything is as it must be; what is not, is said at the end."""
+An unattended run ends with status 0 only if everything is as it must be. Its last lines name every difference."""
 
 import argparse
 import os
@@ -19,29 +19,12 @@ from phrases import (  # noqa: E402
     archived_licence, removal_log)
 
 
-class Report:
-    """Prints facts under headings, and keeps those that are not as they must be."""
-
-    def __init__(self) -> None:
-        self.wrong: list[str] = []
-
-    def section(self, heading: str, *facts: str) -> None:
-        """Begins a section, with facts that are neither right nor wrong."""
-        print(f"\n{heading}", *(f"  {fact}" for fact in facts), sep="\n")
-
-    def judge(self, text: str, right: bool, must_be: object = "") -> None:
-        """States something and marks it if it is not right."""
-        print(f"  {text}" if right else f"✗ {text}")
-        if not right:
-            self.wrong.append(text + (f" (must be: {must_be})" if must_be else ""))
-
-    def expect_equal(self, text: str, seen: object, wanted: object) -> None:
-        """States something and marks it unless it is as wanted; what is wanted may be unknown (None)."""
-        self.judge(text, wanted is None or seen == wanted, wanted)
+def print_section(heading: str, *lines: str) -> None:
+    print(f"\n{heading}", *(f"  {line}" for line in lines), sep="\n")
 
 
 class Way:
-    """One way through the tool, as the options choose it, and what must come of it."""
+    """One way through the tool, as the options choose it, and its expected results."""
 
     def __init__(self, refuse: bool, nothing_installed: bool, restart: bool) -> None:
         self.refuse, self.nothing_installed, self.restart = refuse, nothing_installed, restart and not refuse
@@ -53,13 +36,13 @@ class Way:
         self.shutdowns = [["shutdown", "-r", "now"]] if self.restart else []
 
     def mac(self, display: str = "virtual") -> PracticeMac:
-        """A Mac in the state that this way begins with."""
+        """A Mac in this way's first state."""
         return PracticeMac(locations="none" if self.nothing_installed else "all",
                            rights="refused" if self.refuse else "granted", display=display)
 
 
 def take_picture(tool: Tool, stage: str) -> None:
-    """Takes the next numbered picture and tells of it."""
+    """Takes the next numbered picture and prints its path."""
     number = len(list(driver.PICTURES.glob("*.png"))) + 1
     path = tool.settled_picture(f"{number}-{stage.replace(' ', '-')}")
     print(f"  {stage:24} {os.path.relpath(path, driver.ROOT)}")
@@ -93,91 +76,59 @@ def go(tool: Tool, way: Way) -> tuple[str, str]:
     return after, log
 
 
-def report_machine(report: Report, mac: PracticeMac, licence: bytes | None, way: Way | None) -> None:
-    """Reports what became of the Mac, and judges it where it is known what it must be."""
-    facts = mac.report()
-    report.section("The eleven locations")
-    for place in facts["locations"]:
-        report.expect_equal(f"{place['became']:8} {place['path']}", place["became"], way and way.became)
-    report.section("Background processes")
-    for job in ("agent", "daemon"):
-        count = len(facts[job]["processes"])
-        state = "running" if count else "ended" if facts[job]["starts"] else "never started"
-        report.expect_equal(f"{job:8} {state}", count, way and way.running)
-
-    report.section("Licence backup")
-    for name in mac.archives():
-        print(f"  {mac.home}/Desktop/{name}")
-        same = archived_licence(mac, name) == licence
-        report.judge(f"holds {'all' if same else 'not'} the {len(licence or b'')} bytes that were installed", same)
-    report.expect_equal(f"{len(mac.archives()) or 'none'} on the Desktop", len(mac.archives()), way and way.archives)
-    report.section("Removal log file")
-    for name in mac.removal_logs():
-        print(f"  {mac.home}/Desktop/{name}")
-        last = removal_log(mac, name).splitlines()[-1]
-        report.expect_equal(f"its last line: {last}", [last], COMPLETED)
-    report.expect_equal(f"{len(mac.removal_logs()) or 'none'} on the Desktop", len(mac.removal_logs()), way and way.logs)
-
-    calls = mac.calls()
-    report.section("Calls of the system's tools", *(" ".join(call) for call in calls or [["none"]]))
-    if way:
-        cleanup = [call for call in calls if call[0] in ("launchctl", "pkill", "sfltool")]
-        if cleanup != way.calls:
-            report.judge("these are not the cleanup's calls in their order", False, way.calls or "none")
-        if [call for call in calls if call[0] == "shutdown"] != way.shutdowns:
-            report.judge("the restart was not ordered as it must be", False, way.shutdowns or "no restart")
-        report.section("What else is new")
-        platforms_own = re.compile(rf"{re.escape(facts['home'])}/GNUstep(/.*)?|/tmp/GNUstepSecure\d+(/.*)?")
-        news = [path for key in ("new_in_home", "new_in_temporary_folder", "new_elsewhere") for path in facts[key]]
-        for path in news:
-            if not any(path.startswith(f"{other}/") for other in news):
-                report.judge(path, platforms_own.fullmatch(path) is not None, "nothing but the platform's own")
-        for key in ("lost", "changed"):
-            for path in facts[key]:
-                report.judge(f"{key}: {path}", False, "untouched")
+def judged(mac: PracticeMac, way: Way, licence: bytes | None) -> dict[str, tuple[object, object]]:
+    """What the Mac's state is and what it must be after this way, each under its name."""
+    facts, calls = mac.report(), mac.calls()
+    new = [path for key in ("new_in_home", "new_in_temporary_folder", "new_elsewhere") for path in facts[key]]
+    platforms_own = re.compile(rf"{re.escape(facts['home'])}/GNUstep(/.*)?|/tmp/GNUstepSecure\d+(/.*)?")
+    return {
+        "what became of the eleven locations": ([at["became"] for at in facts["locations"]], [way.became] * 11),
+        "the running processes": (mac.running(), {"agent": way.running, "daemon": way.running}),
+        "the licences in the backups": ([archived_licence(mac, name) for name in mac.archives()],
+                                        [licence] * way.archives),
+        "the last lines of the removal logs": (
+            [removal_log(mac, name).splitlines()[-1] for name in mac.removal_logs()], COMPLETED * way.logs),
+        "the cleanup's calls": ([call for call in calls if call[0] in ("launchctl", "pkill", "sfltool")], way.calls),
+        "the calls for a restart": ([call for call in calls if call[0] == "shutdown"], way.shutdowns),
+        "what else is new": ([path for path in new if not platforms_own.fullmatch(path)], []),
+        "what else is lost": (facts["lost"], []),
+        "what else has changed": (facts["changed"], []),
+    }
 
 
 def unattended(way: Way) -> int:
-    """Goes one way through the tool, and judges everything it leaves."""
-    report = Report()
+    """Goes one way through the tool, prints what happened, and judges everything that the tool leaves."""
     driver.PICTURES = driver.ROOT / "build/run"
     shutil.rmtree(driver.PICTURES, ignore_errors=True)
     with way.mac() as mac:
         licence = None if way.nothing_installed else mac.read(LICENCE)
         before = mac.detection()[0]
-        report.section("What the driver did, with pictures")
+        print_section("What the driver did, with pictures")
         with mac.open_tool() as tool:
             after, log = go(tool, way)
-            status = tool.ended()
-            said = tool.said()
+            status, said = tool.ended(), tool.said()
         if way.restart:
             mac.awaits_call("shutdown")
-        report.section("Status line", f"before  {before}")
-        wanted = None if way.restart else before if way.refuse else NOT_DETECTED
-        report.expect_equal(f"after   {after}", after, wanted)
-        report.section("Activity log", *log.splitlines())
-        report.section("Exit status")
-        report.expect_equal(str(status), status, 0)
-        if said:
-            report.section("Error output")
-            report.judge(said.strip(), False, "nothing")
-        report_machine(report, mac, licence, way)
-    print("\nNot as it must be:" if report.wrong else "\nAll is as it must be.", *(f"  {text}" for text in report.wrong),
-          sep="\n")
-    return 1 if report.wrong else 0
+        print_section("Status line", f"before  {before}", f"after   {after}")
+        print_section("Activity log", *log.splitlines())
+        print(f"\n{mac.report_text()}")
+        judgements = {
+            "the last status line": (after, after if way.restart else before if way.refuse else NOT_DETECTED),
+            "the exit status": (status, 0), "the error output": (said, ""), **judged(mac, way, licence)}
+    wrong = [f"{what}: {seen!r:.1000}\n    must be: {wanted!r:.1000}"
+             for what, (seen, wanted) in judgements.items() if seen != wanted]
+    print_section("Not as it must be:" if wrong else "All is as it must be.", *wrong)
+    return 1 if wrong else 0
 
 
 def attended(way: Way, display: str) -> int:
-    """Opens the tool on the caller's display, and reports what it did when it has ended."""
-    report = Report()
+    """Opens the tool on the caller's display. When it has ended, prints what it did and returns its exit status."""
     with way.mac(display) as mac:
-        licence = None if way.nothing_installed else mac.read(LICENCE)
         print("\nThe tool opens on your display, on a practice Mac. Use it as you like; nothing reaches this machine.")
         status = mac.open_program(driver.TOOL).wait()
-        report.section("Exit status")
-        report.expect_equal(str(status), status, 0)
-        report_machine(report, mac, licence, None)
-    return 1 if report.wrong else 0
+        print(f"\n{mac.report_text()}")
+        print_section("Exit status", str(status))
+    return status
 
 
 def main() -> int:
@@ -195,7 +146,7 @@ def main() -> int:
             return attended(Way(**options), display[1])
         return unattended(Way(**options))
     except (JourneyFailure, PracticeMacError) as failure:
-        print("\nThe story so far:", *(f"  {line}" for line in driver.story), f"Then: {failure}", sep="\n",
+        print("\nThe steps so far:", *(f"  {line}" for line in driver.story), f"Then: {failure}", sep="\n",
               file=sys.stderr)
         return 1
 
