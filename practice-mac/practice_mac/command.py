@@ -1,5 +1,4 @@
-"""The command practice-mac, and what a program inside may say to `pkexec /opt/practice/stage`: options are checked here
-and nowhere else."""
+"""The options and verbs of the command practice-mac and of `pkexec /opt/practice/stage` inside."""
 import argparse
 import os
 import signal
@@ -7,7 +6,7 @@ import sys
 from pathlib import Path
 from typing import Any, NoReturn
 
-from . import machine, stand_ins
+from . import product, stand_ins
 from .machine import Mac, PracticeMacError
 from .staging import StagingError
 
@@ -17,14 +16,14 @@ EPILOG = """
 PLANTING: [--locations all|none|1,4,11] [--no-licence] [--no-agent] [--no-daemon] [--supervised]
 TOOL: %s
 MODE: %s (pkexec: real %s)
-INSTANCE is the folder that `start` prints; it names the Mac from then on.
-FOLDERs appear inside at their own paths: --bind read-only, --share writable.
---until: it is thrown away when that process has ended, however it ended; a script passes $$.
+INSTANCE is the folder that `start` prints; it names the Mac.
+FOLDERs appear inside at the same paths: --bind read-only, --share writable.
+--until: the Mac is discarded when that process ends, for any reason; a script passes $$.
 """ % (" ".join(stand_ins.TOOLS), " ".join(stand_ins.MODES), " ".join(stand_ins.ABSENT_MODES))
 
 
 class Inside(argparse.ArgumentParser):
-    """A parser whose errors are answers."""
+    """A parser that raises errors as StagingError."""
 
     def error(self, message: str) -> NoReturn:
         raise StagingError(message)
@@ -32,15 +31,15 @@ class Inside(argparse.ArgumentParser):
 
 def locations(text: str) -> list[int]:
     try:
-        return machine.numbers(text)
-    except PracticeMacError as problem:
+        return product.numbers(text)
+    except StagingError as problem:
         raise argparse.ArgumentTypeError(str(problem)) from None
 
 
 def variable(text: str) -> tuple[str, str]:
     name, equals, value = text.partition("=")
     if not name or not equals:
-        raise argparse.ArgumentTypeError(f"NAME=VALUE, and not {text}")
+        raise argparse.ArgumentTypeError(f"'{text}' is not of the form NAME=VALUE")
     return name, value
 
 
@@ -52,19 +51,19 @@ def add_planting(words: argparse.ArgumentParser) -> None:
 
 
 def add_staging(verb: Any) -> None:
-    """The verbs that stage or ask; `verb` makes each one's parser."""
+    """Adds the verbs that stage or report; `verb` makes the parser of each."""
     add_planting(verb("plant", "install the product (again)"))
-    verb("rights", "what becomes of a request for administrator rights from now on").add_argument(
+    verb("rights", "set the answer to requests for administrator rights").add_argument(
         "rights", choices=RIGHTS)
-    words = verb("tool", "how a tool of the system behaves from now on")
+    words = verb("tool", "set how a system tool behaves")
     words.add_argument("tool", choices=stand_ins.TOOLS)
     words.add_argument("mode", choices=stand_ins.MODES)
-    verb("desktop", "the state of ann's Desktop").add_argument("state", choices=DESKTOP)
-    words = verb("await", "wait until TOOL has been called COUNT times (1), at most --timeout SECONDS (60)")
+    verb("desktop", "set the state of ann's Desktop").add_argument("state", choices=DESKTOP)
+    words = verb("await", "wait until TOOL has been called COUNT times (1), for at most --timeout SECONDS (60)")
     words.add_argument("tool", choices=stand_ins.TOOLS)
     words.add_argument("count", type=int, nargs="?", default=1)
     words.add_argument("--timeout", type=float, default=60)
-    verb("report", "what is there, what is gone, what was called").add_argument(
+    verb("report", "print what is there, what is gone and which tools were called").add_argument(
         "--json", dest="form", action="store_const", const="json", default="text")
 
 
@@ -80,7 +79,7 @@ def parser_with(verbs: Any, kind: type[argparse.ArgumentParser], instance: bool)
 
 
 def request_of(words: list[str]) -> dict:
-    """The request that a program inside makes with these words; StagingError if they are none."""
+    """The request that a program inside makes with these words; StagingError if they are wrong."""
     parser = Inside(prog="stage", allow_abbrev=False, add_help=False)
     add_staging(parser_with(parser.add_subparsers(required=True, parser_class=Inside), Inside, False))
     return vars(parser.parse_args(words))
@@ -89,11 +88,11 @@ def request_of(words: list[str]) -> dict:
 def parse(words: list[str]) -> argparse.Namespace:
     parser = argparse.ArgumentParser(
         prog="practice-mac", allow_abbrev=False, epilog=EPILOG, formatter_class=argparse.RawDescriptionHelpFormatter,
-        description="A throw-away copy of this machine, set up as a Mac on which Quorlen 3 is installed.\n"
+        description="A disposable copy of this machine, set up as a Mac on which Quorlen 3 is installed.\n"
                     "practice-mac VERB --help shows a verb's options.")
     verb = parser_with(parser.add_subparsers(required=True, metavar="VERB"), argparse.ArgumentParser, True)
-    start = verb("start", "bring one up and print its instance", instance=False)
-    once = verb("try", "bring one up, run a command in it, throw it away: the options of start and run", instance=False)
+    start = verb("start", "start a practice Mac and print its instance", instance=False)
+    once = verb("try", "start one, run a command in it, stop it: with the options of start and run", instance=False)
     run = verb("run", "run a command in it as the user ann, or as root")
     for words_of in (start, once):
         words_of.add_argument("--home", metavar="NAME", default="ann")
@@ -108,8 +107,8 @@ def parse(words: list[str]) -> argparse.Namespace:
         words_of.add_argument("--env", metavar="NAME=VALUE", type=variable, action="append", default=[])
         words_of.usage = f"{words_of.prog} [OPTION]... {'instance ' if words_of is run else ''}-- COMMAND..."
     add_staging(verb)
-    verb("stop", "throw it away")
-    verb("list", "the instances there are", instance=False)
+    verb("stop", "stop it and discard its files")
+    verb("list", "list the instances", instance=False)
     command: list[str] = []
     if words[:1] in (["run"], ["try"]) and "--" in words:
         words, command = words[:words.index("--")], words[words.index("--") + 1:]
@@ -122,8 +121,7 @@ def parse(words: list[str]) -> argparse.Namespace:
 
 
 def run(mac: Mac, command: list[str], root: bool, env: list[tuple[str, str]]) -> int:
-    """Runs a command with this process's own streams. An interrupt reaches the command; when this process ends, so does
-    the command."""
+    """Runs a command with this process's streams. The command receives this process's interrupts, and ends with it."""
     program = mac.open_program(command, 0, 1, 2, root, dict(env))
     signal.signal(signal.SIGINT, lambda number, _: program.send_signal(number))
     return program.wait()
@@ -133,7 +131,7 @@ def main(words: list[str]) -> int:
     options = vars(parse(words))
     if os.geteuid() != 0:
         if not any(Path(folder, "sudo").exists() for folder in os.get_exec_path()):
-            sys.exit("practice-mac: needs root to make namespaces and mounts, and there is no sudo: run it as root")
+            sys.exit("practice-mac: it needs root to make namespaces and mounts, and there is no sudo; run it as root")
         os.execvp("sudo", ["sudo", "--", sys.executable, "-ISB", *sys.argv])
     signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     signal.signal(signal.SIGHUP, lambda number, _: sys.exit(128 + number))

@@ -1,10 +1,9 @@
-"""The practice Mac's first process. It collects orphans, keeps the product's jobs as launchd does, records every call of
-the stand-ins, runs programs for the machine outside, and stages and reports.
+"""The practice Mac's first process. It reaps orphans, runs the product's jobs as launchd does, records every call of the
+stand-ins, runs programs for the machine outside, and stages and reports.
 
 A request is one line of JSON, {"verb": VERB, ARGUMENT: VALUE, …}, and so is its answer: {"result": …} or {"error": TEXT}.
-`verbs` lists them. Requests come through two sockets: "control" in the Mac's folder on the machine outside, and SOCKET in
-here, where the kernel tells who asks: only root may. Because the answers are found inside, no link in here can lead a
-process of the machine outside astray.
+`verbs` lists them. Requests come through two sockets: "control" in the Mac's folder on the machine outside, and SOCKET
+inside. Only root may make requests. The answers are computed inside, so a link inside never leads to a file outside.
 """
 import json
 import os
@@ -26,26 +25,26 @@ from .staging import Stage, StagingError
 
 SOCKET = "/run/practice/launchd"
 STAND_INS_SOCKET = "/run/practice/stand-ins"
-REQUEST_TIMEOUT = 10  # seconds until a request that was begun must be complete
+REQUEST_TIMEOUT = 10  # seconds in which a client must send its whole request
 NO_SUCH_JOB, BOOTOUT_FAILED, USAGE = 3, 5, 64
 
 
 @dataclass
 class Job:
-    """One launch agent or daemon. uid 0 is the system's domain; any other one is that user's."""
+    """One launch agent or daemon. uid 0 is the system's domain; any other uid is that user's."""
 
     label: str
     path: str
     uid: int
     gid: int
-    restarts: int  # how often it is started again after it ends
+    restarts: int  # how many more times it is started after it has ended
     pid: int = 0
     starts: int = 0
     loaded: bool = True
-    process: subprocess.Popen | None = None  # kept, since a lost one is waited for by the next
+    process: subprocess.Popen | None = None  # kept: the subprocess module would reap a process without a reference
 
     def start(self) -> None:
-        """Returns when the program runs: from then on its command line is its own."""
+        """Returns when the program has its own command line."""
         self.process = subprocess.Popen([self.path, "infinity"], user=self.uid, group=self.gid, extra_groups=[],
                                         start_new_session=True, stdin=subprocess.DEVNULL)
         self.pid = self.process.pid
@@ -77,11 +76,10 @@ class Waiting:
 
 class Launchd:
     def __init__(self, control: socket.socket, home: str, display: str) -> None:
-        self.services: list[subprocess.Popen] = []  # kept for the same reason as a job's process
         self.jobs: dict[str, Job] = {}
         self.calls: list[dict] = []
         self.waiting: list[Waiting] = []
-        self.hanging: list[socket.socket] = []  # stand-ins that get no answer
+        self.hanging: list[socket.socket] = []  # stand-ins that must hang
         self.modes = {name: "real" for name in stand_ins.STAND_INS}
         self.display = display
         self.stage = Stage(self, home)
@@ -109,7 +107,7 @@ class Launchd:
             self.selector.register(listener, selectors.EVENT_READ, lambda it, answer=answer: answer(it.accept()[0]))
 
     def serve(self) -> None:
-        """Handles events for as long as the Mac is up."""
+        """Handles events while the Mac is up."""
         while True:
             until = min((waiting.deadline for waiting in self.waiting), default=None)
             for key, _ in self.selector.select(None if until is None else max(0, until - time.monotonic())):
@@ -117,7 +115,7 @@ class Launchd:
             self.answer_waiting()
 
     def collect(self) -> None:
-        """Collects the processes that have ended, and starts again what is supervised."""
+        """Reaps the processes that have ended, and restarts supervised jobs."""
         while True:
             try:
                 pid, _ = os.waitpid(-1, os.WNOHANG)
@@ -135,14 +133,14 @@ class Launchd:
     # --- Requests
 
     def answer(self, client: socket.socket) -> None:
-        """Answers the one request of a client, or leaves the client to what answers it later."""
+        """Answers the one request of a client, at once or later."""
         self.collect()
         uid = caller(client)
         client.settimeout(REQUEST_TIMEOUT)
         try:
             line, descriptors = receive_request(client)
             if uid != 0:
-                raise StagingError("only root may ask")
+                raise StagingError("only root may make requests")
             request = json.loads(line)
             if "words" in request:
                 request = command.request_of(request["words"])
@@ -161,7 +159,7 @@ class Launchd:
             reply(client, {"error": str(problem) if isinstance(problem, (StagingError, OSError)) else repr(problem)})
 
     def run(self, client: socket.socket, descriptors: list[int], request: dict) -> None:
-        """Leaves the client to a process of its own, which runs a program for it."""
+        """Starts a process that runs a program for the client."""
         if os.fork() == 0:
             try:
                 signal.set_wakeup_fd(-1)
@@ -186,11 +184,11 @@ class Launchd:
             self.waiting.remove(waiting)
             reply(waiting.client, answer)
 
-    # --- Questions about files. Links are followed in here, and so never lead out.
+    # --- Files
 
     def look(self, path: str) -> dict | None:
-        """Kind, mode, owner, target and entries of what is at a path, and whether that is found through links; None where
-        nothing is. A path may begin at the home."""
+        """Kind, mode and entries of what is at a path, and whether it is found when links are followed; None if nothing
+        is there. The path is absolute or relative to the home."""
         path = os.path.join(self.stage.home, path)
         try:
             status = os.lstat(path)
@@ -198,8 +196,7 @@ class Launchd:
             return None
         link = stat.S_ISLNK(status.st_mode)
         return {"kind": "link" if link else "folder" if stat.S_ISDIR(status.st_mode) else "file",
-                "mode": f"{stat.S_IMODE(status.st_mode):o}", "owner": pwd.getpwuid(status.st_uid).pw_name,
-                "target": os.readlink(path) if link else None, "found": os.path.exists(path),
+                "mode": f"{stat.S_IMODE(status.st_mode):o}", "found": os.path.exists(path),
                 "entries": sorted(os.listdir(path)) if os.path.isdir(path) else []}
 
     def open(self, path: str) -> "Descriptor":
@@ -218,7 +215,7 @@ class Launchd:
     # --- The stand-ins
 
     def answer_stand_in(self, client: socket.socket) -> None:
-        """Records a call of a stand-in and tells it what to do: see inside/stand-in."""
+        """Records a call of a stand-in and sends it its orders: see inside/stand-in."""
         uid = caller(client)
         client.settimeout(REQUEST_TIMEOUT)
         try:
@@ -236,20 +233,20 @@ class Launchd:
         try:
             client.send(b"\0".join(map(os.fsencode, orders)))
         except OSError:
-            pass  # it has ended meanwhile
+            pass  # the stand-in has ended
         client.close()
 
     # --- Jobs
 
     def load(self, job: Job) -> None:
-        """Starts a job; it replaces one with that label."""
+        """Starts a job. Unloads an older job with the same label."""
         if job.label in self.jobs:
             self.jobs[job.label].unload()
         self.jobs[job.label] = job
         job.start()
 
     def launchctl(self, words: list[str], uid: int) -> tuple[int, str]:
-        """The subcommands that concern jobs: status and message, as launchctl's own."""
+        """Status and message of launchctl's subcommands that concern jobs."""
         match words:
             case ["stop", label] | ["remove", label]:
                 job = self.jobs.get(label)
@@ -271,11 +268,11 @@ class Launchd:
 
 
 class Descriptor(int):
-    """An answer that is an open file: it is passed with the answer and then closed."""
+    """An answer that is an open file. It is sent to the client and closed here."""
 
 
 def caller(client: socket.socket) -> int:
-    """The user who asks, as the kernel tells it."""
+    """The uid of the client, from the kernel."""
     return struct.unpack("3i", client.getsockopt(socket.SOL_SOCKET, socket.SO_PEERCRED, 12))[1]
 
 
@@ -302,5 +299,5 @@ def reply(client: socket.socket, answer: dict) -> None:
         else:
             client.sendall(line)
     except OSError:
-        pass  # no one waits for the answer
+        pass  # the client has gone
     client.close()

@@ -1,4 +1,4 @@
-"""The practice Mac as the machine outside sees it: starts one, asks it, runs programs in it, stops it."""
+"""The library for the machine outside: starts a practice Mac, makes requests to it, runs programs in it, stops it."""
 import contextlib
 import json
 import os
@@ -14,18 +14,18 @@ import sys
 import tempfile
 from collections.abc import Sequence
 from pathlib import Path
-from typing import Any, BinaryIO
+from typing import Any
 
 FOLDER = Path(__file__).resolve().parents[1]
 BUILD = FOLDER.parent / "build"
 PREFIX = "practice-mac."
-TIMEOUT = 120  # seconds until an answer that has not come never will
+TIMEOUT = 120  # seconds for an answer
 BOOT = "import sys, pathlib; sys.path.insert(0, sys.argv[1]); " \
     "from practice_mac import boot; boot.main(pathlib.Path(sys.argv[2]))"
 
 
 class PracticeMacError(Exception):
-    """What was asked of a practice Mac can't be done; the text says why."""
+    """A practice Mac can't do what was requested; the text says why."""
 
 
 class Program:
@@ -36,7 +36,8 @@ class Program:
         self.returncode: int | None = None
 
     def wait(self, timeout: float | None = None) -> int | None:
-        """Its exit status, 128 and the signal's number if one ended it; None if it has not ended within so many seconds."""
+        """Its exit status, or 128 plus the number of the signal that ended it; None if it still runs after `timeout`
+        seconds."""
         if self.returncode is None and select.select([self._line], [], [], timeout)[0]:
             answer = receive(self._line)
             self._line.close()
@@ -62,28 +63,25 @@ class Program:
 
 
 class Mac:
-    """A running practice Mac. Its folder, the instance, names it; a `with` statement stops it at the end."""
+    """A running practice Mac, named by its folder, the instance. The end of a `with` statement stops it."""
 
     def __init__(self, instance: Path) -> None:
         self.instance = instance
 
     @classmethod
     def start(cls, home: str = "ann", rights: str = "granted", display: str = "virtual", bind: Sequence[str] = (),
-              share: Sequence[str] = (), until: int | None = None, locations: list[int] | str = "all", licence: bool = True,
-              agent: bool = True, daemon: bool = True, supervised: bool = False) -> "Mac":
-        """Starts one; the options are those of `practice-mac start`. Raises PracticeMacError and keeps nothing if it
-        does not come up, and keeps nothing either if anything interrupts it meanwhile."""
-        # A password entry cannot hold a colon or a line feed.
+              share: Sequence[str] = (), until: int | None = None, **planting: Any) -> "Mac":
+        """Starts one; the options are those of `practice-mac start`, `planting` those of `Stage.plant`. If the start
+        fails, raises PracticeMacError and keeps nothing. It also keeps nothing if it is interrupted."""
+        # An entry of /etc/passwd cannot hold a colon or a line feed.
         if home in ("", ".", "..") or set(home) & set("/:\n"):
             raise PracticeMacError(f"not a home folder's name: '{home}'")
         settings = {"home": f"/Users/{home}", "rights": rights, "display": display, "until": until,
                     "bind": [real_folder(path) for path in [*([BUILD] if BUILD.is_dir() else []), *bind]],
                     "share": [real_folder(path) for path in share],
-                    "xauthority": check_display(display),
-                    "planting": {"locations": numbers(locations), "licence": licence, "agent": agent,
-                                 "daemon": daemon, "supervised": supervised}}
+                    "xauthority": check_display(display), "planting": planting}
         boot = None
-        # An end that is asked for now waits until what it has to remove is known.
+        # Until the folder to remove is known, signals that end this process wait.
         held = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGTERM, signal.SIGINT, signal.SIGHUP})
         mac = cls(Path(tempfile.mkdtemp(prefix=PREFIX)))
         try:
@@ -98,18 +96,18 @@ class Mac:
                 if boot.stdout.readline() != b"ready\n":
                     errors.seek(0)
                     raise PracticeMacError(f"{errors.read().decode(errors='replace').strip()}\n"
-                                           "the practice Mac did not come up; nothing of it was kept")
+                                           "the practice Mac did not start; nothing of it was kept")
         except BaseException:
             if boot:
                 boot.kill()  # its first process dies with it
-                boot.stdout.read()  # to the end, which comes when all of its processes have ended
+                boot.stdout.read()  # ends when all of its processes have ended
                 boot.wait()
             shutil.rmtree(mac.instance, ignore_errors=True)
             raise
         boot.stdout.close()
         if until is None:
             boot.wait()
-        boot.returncode = 0  # if it watches another process, it is not waited for
+        boot.returncode = 0  # one that waits for another process is not reaped here
         return mac
 
     @classmethod
@@ -122,7 +120,7 @@ class Mac:
 
     @classmethod
     def all(cls) -> list["Mac"]:
-        """Those of this machine's temporary folder."""
+        """All in this machine's temporary folder."""
         return [cls(path) for path in sorted(Path(tempfile.gettempdir()).glob(f"{PREFIX}*")) if path.is_dir()]
 
     def __enter__(self) -> "Mac":
@@ -138,9 +136,9 @@ class Mac:
             first = os.pidfd_open(pid)
             line.setblocking(False)
             try:
-                line.recv(1)  # The connection's end: it has ended meanwhile, and the number may be another process's.
+                line.recv(1)  # at the connection's end the process has ended, and another one may have its number
             except BlockingIOError:
-                signal.pidfd_send_signal(first, signal.SIGKILL)  # The kernel ends every other process with it.
+                signal.pidfd_send_signal(first, signal.SIGKILL)  # the kernel also kills every other process in the Mac
                 select.select([first], [], [])
             os.close(first)
         shutil.rmtree(self.instance, ignore_errors=True)
@@ -171,7 +169,8 @@ class Mac:
         return line
 
     def ask(self, verb: str, **arguments: Any) -> Any:
-        """Asks the Mac's launchd, which answers without starting a process. A file comes as a descriptor."""
+        """Makes a request to the Mac's launchd and returns the result; an open file is returned as a descriptor. Raises
+        PracticeMacError if the Mac refuses or does not answer."""
         with self._request([], verb=verb, **arguments) as line:
             line.settimeout(TIMEOUT + arguments.get("timeout", 0))
             passed: list[int] = []
@@ -179,12 +178,6 @@ class Mac:
         if "error" in answer:
             raise PracticeMacError(f"{verb}: {answer['error']}")
         return passed[0] if passed else answer["result"]
-
-    def plant(self, locations: list[int] | str = "all", licence: bool = True, agent: bool = True, daemon: bool = True,
-              supervised: bool = False) -> None:
-        """Installs the product again; the options are those of `practice-mac plant`."""
-        self.ask("plant", locations=numbers(locations), licence=licence, agent=agent, daemon=daemon,
-                 supervised=supervised)
 
     # Programs
 
@@ -199,7 +192,7 @@ class Mac:
             variables: dict[str, str] | None = None) -> subprocess.CompletedProcess:
         """Runs a program as the user ann, or as root, and waits for it; its output is bytes."""
         with contextlib.ExitStack() as files:
-            streams: list[BinaryIO] = [files.enter_context(open(os.memfd_create("stream"), "w+b")) for _ in range(3)]
+            streams = [files.enter_context(tempfile.TemporaryFile()) for _ in range(3)]
             streams[0].write(stdin)
             streams[0].seek(0)
             status = self.open_program(list(command), *(stream.fileno() for stream in streams), root, variables).wait()
@@ -208,17 +201,17 @@ class Mac:
             return subprocess.CompletedProcess(command, status, streams[1].read(), streams[2].read())
 
     def output(self, *command: str | bytes | Path, root: bool = False, stdin: bytes = b"") -> str:
-        """What a program writes; PracticeMacError if it fails."""
+        """Runs a program and returns its standard output; PracticeMacError if it fails."""
         done = self.run(*command, root=root, stdin=stdin)
         if done.returncode:
             raise PracticeMacError(f"in the practice Mac, {command} ended with {done.returncode}:\n"
                                    f"{done.stderr.decode(errors='replace')}")
         return done.stdout.decode(errors="surrogateescape")
 
-    # Questions about files, by paths that may begin at the home
+    # Files, by paths that are absolute or relative to the home
 
     def look(self, path: str | Path) -> dict | None:
-        """Kind, mode, owner, target and entries of what is at a path; None where nothing is."""
+        """What is at a path, as `Launchd.look` describes it; None if nothing is there."""
         return self.ask("look", path=str(path))
 
     def exists(self, path: str | Path) -> bool:
@@ -232,7 +225,7 @@ class Mac:
 
 
 def receive(line: socket.socket, passed: list[int] | None = None) -> dict:
-    """An answer of launchd's, and the descriptors that come with it."""
+    """An answer of launchd. Descriptors that come with it are added to `passed`."""
     answer = b""
     try:
         while not answer.endswith(b"\n"):
@@ -249,18 +242,6 @@ def receive(line: socket.socket, passed: list[int] | None = None) -> dict:
     return json.loads(answer)
 
 
-def numbers(chosen: list[int] | str) -> list[int]:
-    """Locations by their numbers: "all", "none" or "1,4,11"."""
-    if isinstance(chosen, list):
-        return chosen
-    if chosen in ("all", "none"):
-        return list(range(1, 12)) if chosen == "all" else []
-    found = {int(word) if word.isdecimal() else 0 for word in chosen.split(",")}
-    if not found <= set(range(1, 12)):
-        raise PracticeMacError(f"locations are all, none or numbers from 1 to 11, and not {chosen}")
-    return sorted(found)
-
-
 def real_folder(path: str | Path) -> str:
     """The path of a folder without links; PracticeMacError if there is none."""
     if not Path(path).is_dir():
@@ -269,7 +250,7 @@ def real_folder(path: str | Path) -> str:
 
 
 def check_display(display: str) -> str:
-    """The X authority file for a display of this machine; PracticeMacError if it is no such display."""
+    """The X authority file for a display of this machine; PracticeMacError if there is no such display."""
     if display in ("virtual", "none"):
         return ""
     if not re.fullmatch(r":\d+", display):

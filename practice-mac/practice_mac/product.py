@@ -11,7 +11,7 @@ DAEMON = "com.vendrel.QuorlenDaemon"
 LICENCE = "Library/Application Support/Quorlen/.licence"
 
 
-# This side's own list of the eleven locations, kept apart from the product's on purpose.
+# A second list of the eleven locations, on purpose independent of the product's.
 LOCATIONS = (
     "/Applications/Quorlen.app",
     f"/Library/LaunchDaemons/{DAEMON}.plist",
@@ -27,6 +27,10 @@ LOCATIONS = (
 )
 
 
+class StagingError(Exception):
+    """A request that can't be done; the text says why."""
+
+
 class Location(NamedTuple):
     number: int
     in_home: bool
@@ -34,9 +38,18 @@ class Location(NamedTuple):
 
 
 def locations(home: Path) -> list[Location]:
-    """The eleven, in order, with their full paths."""
+    """The eleven locations, in order, with their full paths."""
     return [Location(number, path.startswith("~"), Path(path.replace("~", str(home), 1)))
             for number, path in enumerate(LOCATIONS, 1)]
+
+
+def numbers(chosen: str) -> list[int]:
+    """The numbers of chosen locations: "all", "none" or for example "1,4,11"."""
+    every = [str(number) for number in range(1, len(LOCATIONS) + 1)]
+    words = {"all": every, "none": []}.get(chosen, chosen.split(","))
+    if not set(words) <= set(every):
+        raise StagingError(f"locations are all, none or numbers from 1 to {len(LOCATIONS)}, not {chosen}")
+    return sorted(map(int, set(words)))
 
 
 def agent_program(home: Path) -> Path:
@@ -58,7 +71,7 @@ def write_plist(path: Path, content: dict, form: plistlib.PlistFormat = plistlib
 
 
 def write_program(path: Path) -> None:
-    """A program that runs until it is ended; its command line is its path."""
+    """A program that runs until a signal ends it; its command line begins with its path."""
     write(path, Path("/usr/bin/sleep").read_bytes(), 0o755)
 
 
@@ -81,7 +94,7 @@ def write_application(root: Path, identifier: str, version: str) -> None:
 
 
 def install(number: int, home: Path, with_licence: bool, keep_alive: bool) -> None:
-    """Writes one location from scratch. The caller sets the owners."""
+    """Replaces one location by a new installation. The caller sets the owners."""
     root = locations(home)[number - 1].path
     remove(root)
     match number:
@@ -118,7 +131,7 @@ def install(number: int, home: Path, with_licence: bool, keep_alive: bool) -> No
 
 
 def remove(path: Path) -> None:
-    """Removes whatever is there; of a link the link itself, not its target."""
+    """Removes a file, a folder or a link, if there is one. The target of a link stays."""
     if path.is_dir() and not path.is_symlink():
         shutil.rmtree(path)
     else:
@@ -126,7 +139,7 @@ def remove(path: Path) -> None:
 
 
 def write_home(home: Path) -> None:
-    """A home as every Mac has it, with things of the user's own."""
+    """Writes the folders of every Mac's home, and two of the user's files."""
     for folder in ("Desktop", "Documents", "Downloads", "Library/Application Support", "Library/Caches",
                    "Library/LaunchAgents", "Library/Logs", "Library/Preferences", "Pictures"):
         (home / folder).mkdir(parents=True, exist_ok=True)
@@ -135,8 +148,8 @@ def write_home(home: Path) -> None:
 
 
 def write_neighbours(home: Path) -> None:
-    """Writes what a faulty removal could delete: names that begin or end like the product's, and the paths that result
-    from misreading a blank or another character."""
+    """Writes what a faulty removal could delete: names that begin or end like the product's, and paths that result from
+    misreading a special character in the home's name."""
     write_application(Path("/Applications/Quorlen 2.app"), "com.vendrel.Quorlen2", "2.9")
     write_application(Path("/Applications/Letters.app"), "com.example.Letters", "1.0")
     write_plist(Path(f"/Library/LaunchDaemons/{DAEMON}2.plist"), {"Label": f"{DAEMON}2"})
@@ -153,7 +166,7 @@ def write_neighbours(home: Path) -> None:
 
 
 def decoy_homes(name: str) -> set[str]:
-    """What "/Users/NAME" would become for a program or shell that misreads NAME."""
+    """The names that a program or shell could misread NAME in "/Users/NAME" as."""
     expanded = re.sub(r"\$\([^)]*\)|`[^`]*`", "", name)
     bare = re.sub(r"""['"\\`$]""", "", name)
     return {expanded, bare, name.split(" ")[0], name.replace("\\", "/"), name.replace("\\\\", "\\")}

@@ -15,7 +15,7 @@ NOT_RUN, NOT_FOUND = 126, 127
 
 
 def environment(user: pwd.struct_passwd, display: str) -> dict[str, str]:
-    """What every program of that user has in its environment."""
+    """The environment of every program of that user."""
     found = {"PATH": PATH, "LANG": "C.UTF-8", "SHELL": "/bin/bash", "HOME": user.pw_dir, "USER": user.pw_name,
              "LOGNAME": user.pw_name}
     if display != "none":
@@ -27,11 +27,11 @@ def environment(user: pwd.struct_passwd, display: str) -> dict[str, str]:
 
 def supervise(client: socket.socket, descriptors: list[int], ann: pwd.struct_passwd, display: str,
               command: list[str], root: bool, variables: dict[str, str]) -> None:
-    """Runs a program with the client's three descriptors as its streams and tells the client its exit status. Each byte
-    that the client sends is the number of a signal for the program; when the client goes, the program is killed.
+    """Runs a program with the client's three descriptors as its streams, and sends the client its exit status. Each byte
+    from the client is the number of a signal for the program. If the client disconnects, the program is killed.
 
-    This process stays the program's parent, because pkexec refuses to be launchd's own child, and because a prompt to
-    dismiss belongs to the process that asks, which is the program or, where the program is pkexec, its parent."""
+    This process stays the program's parent: pkexec refuses to run as launchd's child. polkit assigns a request to the
+    program or, if the program is pkexec, to this parent, so an agent is registered for both."""
     user = pwd.getpwuid(0) if root else ann
     client.settimeout(None)
     held, release = os.pipe()
@@ -45,7 +45,7 @@ def supervise(client: socket.socket, descriptors: list[int], ann: pwd.struct_pas
         os.close(descriptor)
     if not root and RIGHTS.read_text(encoding="ascii").strip() == "dismissed":
         dismissal.dismiss_prompts_of(os.getpid(), pid)
-    os.write(release, b"g")  # and not closed: the agent has it open too
+    os.write(release, b"g")  # closing it is not enough, because the agent has it open too
     ended = os.pidfd_open(pid)
     while ended not in (readable := select.select([ended, client], [], [])[0]):
         if client in readable:
@@ -55,7 +55,7 @@ def supervise(client: socket.socket, descriptors: list[int], ann: pwd.struct_pas
                     kill(pid, number[0] if number else signal.SIGKILL)
                     break
                 except ProcessLookupError:
-                    continue  # no group of its own yet, or it has ended
+                    continue  # it has no group yet, or has ended
             if not number:
                 return
     status = os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1])
@@ -75,7 +75,7 @@ def execute(descriptors: list[int], user: pwd.struct_passwd, variables: dict[str
         os.setgid(user.pw_gid)
         os.setuid(user.pw_uid)
         os.chdir(user.pw_dir)
-        os.environ.clear()  # where the program is looked for
+        os.environ.clear()  # execvpe searches its PATH
         os.environ.update(variables)
         os.execvpe(command[0], command, variables)
     except OSError as problem:

@@ -1,4 +1,4 @@
-"""What is on the practice Mac, what is gone and what was called, compared with the moment at which it came up."""
+"""The report: what is on the practice Mac compared with its start, and which tools were called."""
 import json
 import os
 import pwd
@@ -17,8 +17,8 @@ JOBS = {"agent": product.AGENT, "daemon": product.DAEMON}
 
 
 def everything(stage: "Stage") -> dict[str, list[int]]:
-    """What the watched folders hold outside the eleven locations, the Desktop and the outer machine's own folders that
-    are bound in: path, then size and time of a file."""
+    """The paths in the watched folders, without the eleven locations, the Desktop and bound folders, each with a file's
+    size and time."""
     apart = {*stage.locations(), str(stage.desktop)}
     found: dict[str, list[int]] = {}
     for top in WATCHED:
@@ -48,7 +48,7 @@ def became(was_planted: bool, now: str) -> str:
 
 
 def processes_named(label: str) -> list[dict]:
-    """The processes whose program carries the label, those of the tests and the practice Mac not included."""
+    """The processes whose program has the label in its path."""
     found = []
     for folder in Path("/proc").glob("[0-9]*"):
         try:
@@ -62,8 +62,8 @@ def processes_named(label: str) -> list[dict]:
 
 
 def archive(path: Path, licence: bytes | None) -> dict:
-    """What a zip on the Desktop holds, and whether that is the licence that was planted."""
-    import zipfile  # a start, which imports this file, has no use for it
+    """The members of a zip archive, and whether it holds the planted licence."""
+    import zipfile  # only here, so that a start is faster
     try:
         with zipfile.ZipFile(path) as zipped:
             members = [info for info in zipped.infolist() if not info.is_dir()]
@@ -75,8 +75,7 @@ def archive(path: Path, licence: bytes | None) -> dict:
 
 
 def facts(stage: "Stage") -> dict:
-    """All of it."""
-    import hashlib  # as zipfile
+    """The report as a dictionary."""
     before, now = stage.before, everything(stage)
     new = sorted(set(now) - set(before))
     licence = stage.home / product.LICENCE
@@ -85,14 +84,12 @@ def facts(stage: "Stage") -> dict:
     below = {"home": f"{stage.home}/", "tmp": "/tmp/"}
     jobs = stage.launchd.jobs
     return {
-        "user": stage.user.pw_name,
         "home": str(stage.home),
-        "locations": [{"number": place.number, "path": str(place.path), "kind": kind(place.path),
+        "locations": [{"number": place.number, "path": str(place.path),
                        "became": became(place.number in stage.planted, kind(place.path))}
                       for place in product.locations(stage.home)],
         "licence": {
-            "path": str(licence), "kind": kind(licence),
-            "planted_sha256": hashlib.sha256(stage.licence).hexdigest() if stage.licence is not None else None,
+            "kind": kind(licence),
             "same_as_planted": kind(licence) == "file" and licence.read_bytes() == stage.licence,
             "mode": f"{stat.S_IMODE(licence.lstat().st_mode):04o}" if kind(licence) != "nothing" else None},
         **{name: {"processes": processes_named(label), "starts": jobs[label].starts if label in jobs else 0}
@@ -110,7 +107,7 @@ def facts(stage: "Stage") -> dict:
 
 
 def text(facts: dict) -> str:
-    """The facts for a reader."""
+    """The report for a reader."""
     licence = facts["licence"]
     same = "the planted one" if licence["same_as_planted"] else licence["kind"]
     lines = ["Locations"]
@@ -120,7 +117,7 @@ def text(facts: dict) -> str:
         processes = facts[name]["processes"]
         lines.append(name.capitalize())
         lines += [f"      running as {process['user']}: {process['command']}" for process in processes]
-        lines.append(f"      started {facts[name]['starts']} times, {len(processes)} running")
+        lines.append(f"      {len(processes)} running, {facts[name]['starts']} started")
     lines.append("Calls")
     lines += [f"  {call['order']:2}  {call['user']}: {' '.join(map(repr, [call['tool'], *call['arguments']]))}"
               for call in facts["calls"]]

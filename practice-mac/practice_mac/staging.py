@@ -1,4 +1,4 @@
-"""Stages the practice Mac while it runs: what of the product is there, the rights, the tools, the Desktop."""
+"""Changes the practice Mac while it runs: the installed product, the rights, the tools, the Desktop."""
 import os
 import pwd
 import shutil
@@ -7,17 +7,14 @@ from pathlib import Path
 from typing import TYPE_CHECKING
 
 from . import dismissal, product, program, report, stand_ins
+from .product import StagingError
 
 if TYPE_CHECKING:
     from .launchd import Launchd
 
 
-class StagingError(Exception):
-    """A request that can't be done; the text says why."""
-
-
 class Stage:
-    """The Mac's state, and what is known of how it came about. Works inside the Mac, as root, in launchd's process."""
+    """The Mac's state, and what was planted. Works inside the Mac, as root, in launchd's process."""
 
     def __init__(self, launchd: "Launchd", home: str) -> None:
         self.launchd = launchd
@@ -25,11 +22,11 @@ class Stage:
         self.desktop = self.home / "Desktop"
         self.user = pwd.getpwnam("ann")
         self.planted: set[int] = set()
-        self.licence: bytes | None = None  # as it was planted last
+        self.licence: bytes | None = None  # the last planted one
         self.before: dict[str, list[int]] = {}
 
     def set_up(self, rights: str, **planting: object) -> None:
-        """Makes a Mac out of a bare machine, once, and remembers what is on it."""
+        """Makes the copied machine a Mac with the product, and records what is on it. Called once."""
         self.set_rights(rights)
         for name in stand_ins.STAND_INS:
             self.set_tool(name, "real")
@@ -46,11 +43,15 @@ class Stage:
             for name in (*names, *files):
                 os.lchown(os.path.join(folder, name), self.user.pw_uid, self.user.pw_gid)
 
-    def plant(self, locations: list[int], licence: bool, agent: bool, daemon: bool, supervised: bool) -> None:
-        """Installs the chosen locations from scratch, and starts the jobs whose programs are among them."""
+    def plant(self, locations: list[int] | str = "all", licence: bool = True, agent: bool = True, daemon: bool = True,
+              supervised: bool = False) -> None:
+        """Installs the chosen locations again, and starts the jobs whose programs are among them. Supervised jobs are
+        restarted once."""
         from .launchd import Job
+        if isinstance(locations, str):
+            locations = product.numbers(locations)
         for folder in ("/Applications", "/Library/LaunchDaemons", "/Library/PrivilegedHelperTools"):
-            Path(folder).mkdir(parents=True, exist_ok=True)  # every Mac has them
+            Path(folder).mkdir(parents=True, exist_ok=True)  # every Mac has these
         for location in product.locations(self.home):
             if location.number in locations:
                 product.install(location.number, self.home, licence, supervised)
@@ -71,37 +72,37 @@ class Stage:
         return [str(location.path) for location in product.locations(self.home)]
 
     def running(self) -> dict[str, int]:
-        """How many processes of the agent and of the daemon run."""
+        """The number of the agent's and of the daemon's processes."""
         return {job: len(report.processes_named(label)) for job, label in report.JOBS.items()}
 
     def report(self, form: str = "facts") -> dict | str:
-        """What is there, what is gone and what was called, as facts, as "json" or as "text"."""
+        """What is there, what is gone and which tools were called, as a dictionary or in the form "json" or "text"."""
         return report.FORMS[form](report.facts(self))
 
     def set_rights(self, rights: str) -> None:
-        """Decides what becomes of requests for administrator rights from now on."""
-        # Replaced and not rewritten: polkit's rule may read it at any moment.
+        """Sets the answer to requests for administrator rights."""
+        # polkit's rule may read the file at any moment, so it is replaced in one step.
         fresh = program.RIGHTS.with_suffix(".new")
         fresh.write_text(rights + "\n", encoding="ascii")
         fresh.chmod(0o644)
         fresh.rename(program.RIGHTS)
         if rights == "dismissed":
-            # Programs that are started from now on get their prompt then; those that run already get it here.
+            # Running programs get an agent here, later ones when they start.
             for folder in Path("/proc").glob("[0-9]*"):
                 try:
                     if folder.stat().st_uid == self.user.pw_uid:
                         dismissal.dismiss_prompts_of(int(folder.name))
                 except OSError:
-                    continue  # It has a prompt already, or has just ended.
+                    continue  # it has an agent, or has just ended
 
     def set_tool(self, tool: str, mode: str) -> None:
-        """Decides how a tool of the system behaves from now on."""
+        """Sets how a system tool behaves."""
         if tool == "pkexec":
             path, aside = Path(stand_ins.PKEXEC), Path(f"{stand_ins.PKEXEC}.aside")
             if mode not in ("real", *stand_ins.ABSENT_MODES):
-                raise StagingError(f"pkexec can be real, {' or '.join(stand_ins.ABSENT_MODES)}, and not {mode}")
+                raise StagingError(f"pkexec can be real, {' or '.join(stand_ins.ABSENT_MODES)}, not {mode}")
             if not aside.exists():
-                path.rename(aside)  # the real one, which must keep its set-user-ID bit
+                path.rename(aside)  # keeps the set-user-ID bit
             path.unlink(missing_ok=True)
             if mode == "real":
                 aside.rename(path)
@@ -129,6 +130,6 @@ class Stage:
                     while True:
                         filler.write(bytes(4096))
                 except OSError:
-                    pass  # full, as it should be
+                    pass  # it is full now
         os.chown(self.desktop, self.user.pw_uid, self.user.pw_gid)
         self.desktop.chmod(0o555 if state == "read-only" else 0o755)

@@ -1,7 +1,6 @@
-"""The one table of the stand-ins: the Mac's tools that Debian lacks, `shutdown`, which must only record, and `pkill`,
-which is the real one behind a record.
+"""The stand-ins: tools of the Mac that Debian lacks; `shutdown`, which only records; and `pkill` and `xdg-open`.
 
-All are one small program, inside/stand-in: it tells launchd how it was called and does what launchd orders.
+All are one program, inside/stand-in. It reports its call to launchd and does what launchd orders.
 """
 from collections.abc import Callable
 from typing import TYPE_CHECKING, NamedTuple
@@ -10,7 +9,7 @@ if TYPE_CHECKING:
     from .launchd import Launchd
 
 USAGE = 64
-# What a stand-in does: ["exit", STATUS, MESSAGE…], ["exec", PROGRAM, NAME, ARGUMENT…] or ["signal", NUMBER].
+# What a stand-in must do: ["exit", STATUS, MESSAGE…], ["exec", PROGRAM, NAME, ARGUMENT…] or ["signal", NUMBER].
 Orders = list[str]
 
 
@@ -34,18 +33,18 @@ STAND_INS = {
                        finish(0) if words == ["resetbtm"] else finish(USAGE, "usage: sfltool resetbtm")),
     "shutdown": StandIn("/sbin/shutdown", lambda words, uid, launchd:
                         finish(0) if uid == 0 else finish(1, "NOT super-user")),
-    # In the stand-in's own process: pkill spares itself, and that command line holds what it looks for.
+    # pgrep called as pkill is pkill. It replaces the stand-in's process, because pkill never kills itself.
     "pkill": StandIn("/usr/bin/pkill", lambda words, uid, launchd: ["exec", "/usr/bin/pgrep", "pkill", *words]),
     "xdg-open": StandIn("/usr/bin/xdg-open", lambda words, uid, launchd: finish(0 if len(words) == 1 else 1)),
 }
-PKEXEC = "/usr/bin/pkexec"  # the real one, which can be taken away
+PKEXEC = "/usr/bin/pkexec"  # the real one, which can be removed
 TOOLS = [*STAND_INS, "pkexec"]
 ABSENT_MODES = ["missing", "not-a-program"]
 MODES = ["real", *ABSENT_MODES, "fails", "silent", "hangs", "dies"]
 
 
 def orders(name: str, mode: str, words: list[str], uid: int, launchd: "Launchd") -> Orders | None:
-    """What a stand-in that was called has to do; None: it gets no answer and hangs."""
+    """What a stand-in must do; None if it must hang."""
     match mode:
         case "fails":
             return finish(1, "made to fail by the practice Mac")

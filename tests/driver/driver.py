@@ -122,7 +122,7 @@ class PracticeMac:
               supervised: bool = False) -> None:
         """Installs the product again, as at the start."""
         note("The product is installed again.")
-        self._mac.plant(locations, licence, agent, daemon, supervised)
+        self._mac.ask("plant", locations=locations, licence=licence, agent=agent, daemon=daemon, supervised=supervised)
 
     def rights(self, decision: str) -> None:
         """Decides what becomes of requests for administrator rights: "granted", "refused" or "dismissed"."""
