@@ -1,6 +1,9 @@
 #!/usr/bin/python3
-"""The practice Mac's own tests, on real ones. Needs root."""
+"""Tests the practice Mac on real instances. Needs root.
+
+The tests of a class share one practice Mac where they can. `setUp` then restores what a test may change."""
 import contextlib
+import io
 import json
 import os
 import signal
@@ -31,7 +34,7 @@ def practice_mac(*words: str | Path) -> subprocess.CompletedProcess:
 
 
 class Mac:
-    """One practice Mac, up for the length of a "with"; the library's, with what these tests ask it."""
+    """A practice Mac that runs during a `with` statement, with what these tests ask of it."""
 
     def __init__(self, **options: Any) -> None:
         self.options = {"display": "none", **options}
@@ -47,14 +50,14 @@ class Mac:
         self.mac.stop()
 
     def do(self, verb: str, *words: str) -> str:
-        """By the command."""
+        """Calls the command practice-mac."""
         done = practice_mac(verb, self.instance, *words)
         if done.returncode != 0:
             raise AssertionError(f"{verb} {words}: {done.stderr}")
         return done.stdout
 
     def write(self, path: str, content: bytes = b"") -> None:
-        """As ann."""
+        """Writes a file as ann."""
         self.output("tee", path, stdin=content)
 
     def report(self) -> dict:
@@ -68,16 +71,17 @@ class Mac:
 
 
 def wait_until(condition: Callable[[], object]) -> None:
-    """For what the kernel does in its own time and tells nobody of. A minute is for ever here."""
+    """Waits for a condition of which no event tells, for at most a minute."""
     deadline = time.monotonic() + 60
     while not condition():
         if time.monotonic() > deadline:
-            raise AssertionError("waited for in vain")
+            raise AssertionError("the condition did not come true within a minute")
+        time.sleep(0.01)
 
 
 @contextlib.contextmanager
 def running(*words: str | Path, **options: Any) -> Iterator[subprocess.Popen]:
-    """A process of the machine outside, ended at the latest with the "with"."""
+    """Runs a process on the machine outside, at most until the end of the `with` statement."""
     with subprocess.Popen(words, **options) as process:
         try:
             yield process
@@ -86,7 +90,7 @@ def running(*words: str | Path, **options: Any) -> Iterator[subprocess.Popen]:
 
 
 class HostTraces:
-    """What a practice Mac could leave on the machine outside."""
+    """What a practice Mac could leave behind on the machine outside."""
 
     def __init__(self) -> None:
         self.mounts = Path("/proc/self/mountinfo").read_text(encoding="utf-8")
@@ -101,7 +105,7 @@ class HostTraces:
 
 
 def processes_in(namespace: str) -> list[str]:
-    """Those of the machine outside too: every process that this one can see."""
+    """The command lines of the processes in a process namespace."""
     found = []
     for link in Path("/proc").glob("[0-9]*/ns/pid"):
         try:
@@ -113,7 +117,7 @@ def processes_in(namespace: str) -> list[str]:
 
 
 def first_process(mac: Mac) -> int:
-    """Its number out here."""
+    """The process id of a Mac's first process on the machine outside."""
     namespace = mac.output("readlink", "/proc/self/ns/pid").strip()
     found = [link.parents[1] for link in Path("/proc").glob("[0-9]*/ns/pid") if os.readlink(link) == namespace]
     return next(int(folder.name) for folder in found if "NSpid:\t%s\t1\n" % folder.name in
@@ -121,47 +125,47 @@ def first_process(mac: Mac) -> int:
 
 
 class Isolation(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls) -> None:
+        cls.folder = cls.enterClassContext(tempfile.TemporaryDirectory(dir="/var/tmp"))
+        cls.bound = cls.enterClassContext(tempfile.TemporaryDirectory())
+        cls.shared = cls.enterClassContext(tempfile.TemporaryDirectory())
+        for folder in (cls.folder, cls.bound, cls.shared):
+            Path(folder, "file").write_text("outside", encoding="ascii")
+            os.chmod(folder, 0o777)
+        cls.mac = cls.enterClassContext(Mac(bind=[cls.bound], share=[cls.shared]))
+
     def test_a_file_that_root_deletes_or_changes_inside_stays_as_it_was_outside(self) -> None:
-        with tempfile.TemporaryDirectory(dir="/var/tmp") as folder:
-            kept = Path(folder, "kept")
-            kept.write_text("outside", encoding="ascii")
-            with Mac() as mac:
-                self.assertEqual(mac.output("cat", kept, root=True), "outside")
-                mac.output("sh", "-c", f"cd {folder} && echo inside >kept && echo >new && rm -r {folder}", root=True)
-                self.assertFalse(mac.exists(folder))
-            self.assertEqual(kept.read_text(encoding="ascii"), "outside")
-            self.assertEqual(list(Path(folder).iterdir()), [kept])
+        file = Path(self.folder, "file")
+        self.assertEqual(self.mac.output("cat", file, root=True), "outside")
+        self.mac.output("sh", "-c", f"cd {self.folder}; echo inside >file && echo >new && rm -r {self.folder}", root=True)
+        self.assertFalse(self.mac.exists(self.folder))
+        self.assertEqual(file.read_text(encoding="ascii"), "outside")
+        self.assertEqual(list(Path(self.folder).iterdir()), [file])
 
     def test_root_inside_sees_and_ends_no_process_outside(self) -> None:
-        with running("sleep", "987654321") as outside, Mac() as mac:
-            self.assertNotIn("sleep 987654321", mac.output("ps", "-eo", "args", root=True))
-            self.assertNotEqual(mac.run("sh", "-c", f"kill -KILL {outside.pid}", root=True).returncode, 0)
+        with running("sleep", "987654321") as outside:
+            self.assertNotIn("sleep 987654321", self.mac.output("ps", "-eo", "args", root=True))
+            self.assertNotEqual(self.mac.run("sh", "-c", f"kill -KILL {outside.pid}", root=True).returncode, 0)
 
-    def test_the_disks_and_the_kernels_knobs_are_out_of_reach(self) -> None:
-        with Mac() as mac:
-            disks = ("find", "/dev", "-exec", "test", "-b", "{}", ";", "-print")
-            self.assertEqual(mac.output(*disks, root=True), "")
-            knob = "/proc/sys/vm/swappiness"
-            self.assertNotEqual(mac.run("sh", "-c", f"cat {knob} >{knob}", root=True).returncode, 0)
+    def test_there_is_no_disk_and_the_kernels_settings_are_read_only(self) -> None:
+        disks = ("find", "/dev", "-exec", "test", "-b", "{}", ";", "-print")
+        self.assertEqual(self.mac.output(*disks, root=True), "")
+        setting = "/proc/sys/vm/swappiness"
+        self.assertNotEqual(self.mac.run("sh", "-c", f"cat {setting} >{setting}", root=True).returncode, 0)
 
-    def test_there_is_no_network_but_the_loopback(self) -> None:
-        with Mac() as mac:
-            links = json.loads(mac.output("ip", "-json", "link"))
-            self.assertEqual([(link["ifname"], "UP" in link["flags"]) for link in links], [("lo", True)])
+    def test_the_only_network_interface_is_the_loopback(self) -> None:
+        links = json.loads(self.mac.output("ip", "-json", "link"))
+        self.assertEqual([(link["ifname"], "UP" in link["flags"]) for link in links], [("lo", True)])
 
-    def test_a_bound_folder_is_readable_by_ann_and_written_by_nobody_a_shared_one_is_written(self) -> None:
-        with tempfile.TemporaryDirectory() as bound, tempfile.TemporaryDirectory() as shared:
-            for folder in (bound, shared):
-                Path(folder, "file").write_text("outside", encoding="ascii")
-                os.chmod(folder, 0o777)
-            with Mac(bind=[bound], share=[shared]) as mac:
-                self.assertEqual(mac.output("cat", f"{bound}/file"), "outside")
-                self.assertNotEqual(mac.run("sh", "-c", f"echo inside >'{bound}/file'", root=True).returncode, 0)
-                mac.output("sh", "-c", f"echo inside >'{shared}/mine'")
-            self.assertEqual(Path(bound, "file").read_text(encoding="ascii"), "outside")
-            self.assertEqual(Path(shared, "mine").read_text(encoding="ascii"), "inside\n")
+    def test_a_bound_folder_is_read_only_and_a_shared_one_is_writable(self) -> None:
+        self.assertEqual(self.mac.output("cat", f"{self.bound}/file"), "outside")
+        self.assertNotEqual(self.mac.run("sh", "-c", f"echo inside >'{self.bound}/file'", root=True).returncode, 0)
+        self.mac.output("sh", "-c", f"echo inside >'{self.shared}/mine'")
+        self.assertEqual(Path(self.bound, "file").read_text(encoding="ascii"), "outside")
+        self.assertEqual(Path(self.shared, "mine").read_text(encoding="ascii"), "inside\n")
 
-    def test_two_at_once_know_nothing_of_each_other(self) -> None:
+    def test_two_at_once_do_not_affect_each_other(self) -> None:
         with Mac(display="virtual", home="one") as one, Mac(display="virtual", home="two", locations="none") as two:
             one.output("rm", "-r", "/Users/one/Library/Logs/Quorlen")
             self.assertEqual(one.fates().count("removed"), 1)
@@ -174,69 +178,70 @@ class Leavings(unittest.TestCase):
     def setUp(self) -> None:
         self.before = HostTraces()
 
-    def test_nothing_is_left_after_stop(self) -> None:
+    def test_stop_leaves_nothing(self) -> None:
         with Mac(display="virtual") as mac:
             self.assertNotEqual(HostTraces(), self.before)
             namespace = mac.output("readlink", "/proc/self/ns/pid").strip()
             self.assertNotEqual(processes_in(namespace), [])
-        wait_until(lambda: not processes_in(namespace))  # the machine's own first process collects the last one
+        wait_until(lambda: not processes_in(namespace))  # the machine's first process reaps the last one
         self.assertEqual(HostTraces(), self.before)
 
-    def test_nothing_is_left_of_a_start_that_failed(self) -> None:
+    def test_a_failed_start_leaves_nothing(self) -> None:
         started = practice_mac("start", "--locations", "12")
         if started.returncode == 0:
             practice_mac("stop", started.stdout.strip())
             self.fail("it started")
         self.assertEqual(HostTraces(), self.before)
 
-    def test_nothing_is_left_of_a_start_that_was_stopped_half_way(self) -> None:
+    def test_an_interrupted_start_leaves_nothing(self) -> None:
         with running(COMMAND, "start", stdout=subprocess.DEVNULL) as starting:
             wait_until(lambda: HostTraces().instances != self.before.instances)
             starting.terminate()
             starting.wait()
         self.assertEqual(HostTraces(), self.before)
 
-    def test_one_that_has_died_by_itself_is_told_of_and_can_be_stopped(self) -> None:
+    def test_one_that_was_killed_is_reported_and_can_be_stopped(self) -> None:
         with Mac() as mac:
             os.kill(first_process(mac), signal.SIGKILL)
             wait_until(lambda: not mac.mac.is_up())
             self.assertIn("has ended", practice_mac("run", mac.instance, "--", "true").stderr)
         self.assertEqual(HostTraces(), self.before)
 
-    def test_it_goes_with_the_process_that_it_was_made_for(self) -> None:
+    def test_it_ends_with_the_process_that_until_names(self) -> None:
         with running("sleep", "infinity") as owner:
-            seat = practice_mac("start", "--until", str(owner.pid)).stdout.strip()
-            self.assertTrue(Path(seat).is_dir())
-        wait_until(lambda: HostTraces() == self.before)  # the folder goes last
+            instance = practice_mac("start", "--until", str(owner.pid)).stdout.strip()
+            self.assertTrue(Path(instance).is_dir())
+        wait_until(lambda: HostTraces() == self.before)  # the folder is removed last
 
-    def test_where_namespaces_are_refused_it_says_so_and_keeps_nothing(self) -> None:
+    def test_without_the_right_to_make_namespaces_it_says_so_and_leaves_nothing(self) -> None:
         refused = subprocess.run(["setpriv", "--bounding-set=-sys_admin", "--inh-caps=-sys_admin", COMMAND, "start"],
                                  capture_output=True, text=True, check=False)
         self.assertNotEqual(refused.returncode, 0)
-        self.assertIn("refused: to start", refused.stderr)
+        self.assertIn("does not allow it to start", refused.stderr)
         self.assertIn("CAP_SYS_ADMIN.", refused.stderr)
         self.assertIn("--cap-add SYS_ADMIN", refused.stderr)
         self.assertEqual(HostTraces(), self.before)
 
-    def test_a_command_ends_with_the_run_that_started_it(self) -> None:
-        with Mac() as mac:
-            with running(COMMAND, "run", mac.instance, "--", "sh", "-c", "echo $$; exec sleep infinity",
-                         stdout=subprocess.PIPE) as command:
-                pid = command.stdout.readline().strip()
-                command.terminate()
-                command.wait()
-            wait_until(lambda: not mac.exists(f"/proc/{pid}"))
-
 
 class Running(unittest.TestCase):
-    def setUp(self) -> None:
-        self.mac = self.enterContext(Mac(display="virtual"))
+    @classmethod
+    def setUpClass(cls) -> None:
+        cls.mac = cls.enterClassContext(Mac(display="virtual"))
 
-    def test_status_streams_and_variables_pass_through(self) -> None:
+    def test_a_command_ends_with_the_run_that_started_it(self) -> None:
+        with running(COMMAND, "run", self.mac.instance, "--", "sh", "-c", "echo $$; exec sleep infinity",
+                     stdout=subprocess.PIPE, text=True) as command:
+            pid = command.stdout.readline().strip()
+            self.assertTrue(self.mac.exists(f"/proc/{pid}"))
+            command.terminate()
+            command.wait()
+        wait_until(lambda: not self.mac.exists(f"/proc/{pid}"))
+
+    def test_status_streams_and_variables_are_passed(self) -> None:
         self.assertEqual(self.mac.run("sh", "-c", "exit 41").returncode, 41)
         self.assertEqual(self.mac.run("sh", "-c", "kill -TERM $$").returncode, 128 + signal.SIGTERM)
-        done = self.mac.run("sh", "-c", "cat; echo gone wrong >&2", stdin=b"\0\xff\n")
-        self.assertEqual((done.stdout, done.stderr), (b"\0\xff\n", b"gone wrong\n"))
+        done = self.mac.run("sh", "-c", "cat; echo an error >&2", stdin=b"\0\xff\n")
+        self.assertEqual((done.stdout, done.stderr), (b"\0\xff\n", b"an error\n"))
         done = practice_mac("run", self.mac.instance, "--env", "A=b c\n'", "--", "printenv", "A")
         self.assertEqual(done.stdout, "b c\n'\n")
 
@@ -259,18 +264,23 @@ class Running(unittest.TestCase):
                 display = ":" + line.readline().strip()
             with Mac(display=display) as mac:
                 self.assertIn("name of display:    " + display, mac.output("xdpyinfo"))
-            server.terminate()  # and not killed: it removes its socket
+            server.terminate()  # lets it remove its socket
             server.wait()
 
 
 class Rights(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls) -> None:
+        cls.mac = cls.enterClassContext(Mac())
+
     def setUp(self) -> None:
-        self.mac = self.enterContext(Mac())
+        self.mac.ask("plant", locations="1")
+        self.mac.ask("rights", rights="granted")
 
     def delete_as_administrator(self) -> int:
         return self.mac.run("pkexec", "/bin/rm", "-r", SYSTEM_LOCATIONS[0]).returncode
 
-    def test_ann_alone_can_delete_no_system_location(self) -> None:
+    def test_ann_cannot_delete_a_system_location_without_rights(self) -> None:
         for path in SYSTEM_LOCATIONS:
             before = self.mac.output("find", path, root=True)
             self.assertNotEqual(self.mac.run("rm", "-rf", path).returncode, 0)
@@ -287,12 +297,12 @@ class Rights(unittest.TestCase):
         self.mac.do("rights", "granted")
         self.assertEqual(self.delete_as_administrator(), 0)
 
-    def test_a_dismissed_prompt_deletes_nothing_and_is_told_from_a_refusal(self) -> None:
+    def test_a_dismissed_prompt_deletes_nothing_and_has_another_status_than_a_refusal(self) -> None:
         self.mac.do("rights", "dismissed")
         self.assertEqual(self.delete_as_administrator(), 126)
         self.assertTrue(self.mac.exists(SYSTEM_LOCATIONS[0]))
 
-    def test_a_running_program_meets_each_change_and_may_stage_under_any(self) -> None:
+    def test_changes_apply_to_a_running_program_and_it_can_always_stage(self) -> None:
         program = """
             for rights in refused dismissed granted; do
                 pkexec /opt/practice/stage rights $rights
@@ -301,7 +311,7 @@ class Rights(unittest.TestCase):
             done"""
         self.assertEqual(self.mac.output("sh", "-c", program).split(), ["127", "126", "0"])
 
-    def test_a_pkexec_that_is_missing_or_no_program_comes_back_with_its_rights(self) -> None:
+    def test_pkexec_can_be_missing_or_no_program_and_is_restored_with_its_rights(self) -> None:
         self.mac.do("tool", "pkexec", "missing")
         self.assertFalse(self.mac.exists("/usr/bin/pkexec"))
         self.mac.do("tool", "pkexec", "not-a-program")
@@ -325,24 +335,22 @@ class Product(unittest.TestCase):
             for name, user in (("agent", "ann"), ("daemon", "root")):
                 self.assertEqual([process["user"] for process in report[name]["processes"]], [user])
 
-    def test_a_part_of_it(self) -> None:
-        with Mac(locations="1,4,11", licence=False) as mac:
-            self.assertEqual(mac.fates(), ["kept" if number in (1, 4, 11) else "absent" for number in range(1, 12)])
-            self.assertFalse(mac.exists(f"/Users/ann/{LICENCE}"))
-
-    def test_without_its_jobs(self) -> None:
-        with Mac(agent=False, daemon=False) as mac:
+    def test_some_locations_without_licence_and_jobs(self) -> None:
+        chosen = (3, 4, 5, 11)
+        with Mac(locations=list(chosen), licence=False, agent=False, daemon=False) as mac:
+            self.assertEqual(mac.fates(), ["kept" if number in chosen else "absent" for number in range(1, 12)])
+            self.assertFalse(mac.exists(LICENCE))
             report = mac.report()
             self.assertEqual((report["agent"]["processes"], report["daemon"]["processes"]), ([], []))
 
-    def test_planted_again_it_is_whole_with_another_licence_or_none(self) -> None:
+    def test_planting_again_restores_all_of_it_with_another_licence_or_none(self) -> None:
         with Mac() as mac:
-            first = mac.report()["licence"]["planted_sha256"]
+            first = mac.mac.read(LICENCE)
             mac.output("rm", "-rf", "/Users/ann/Library/Logs/Quorlen", SYSTEM_LOCATIONS[0], root=True)
             mac.do("plant")
             report = mac.report()
             self.assertEqual(mac.fates(), ["kept"] * 11)
-            self.assertNotEqual(report["licence"]["planted_sha256"], first)
+            self.assertNotEqual(mac.mac.read(LICENCE), first)
             self.assertEqual([len(report[name]["processes"]) for name in ("agent", "daemon")], [1, 1])
             mac.do("plant", "--locations", "4", "--no-licence")
             self.assertEqual(mac.report()["licence"]["kind"], "nothing")
@@ -359,7 +367,7 @@ class Product(unittest.TestCase):
             wait_until(lambda: not mac.report()["agent"]["processes"])
             self.assertEqual(mac.report()["agent"]["starts"], 2)
 
-    def test_an_odd_home_is_a_home_and_so_is_what_a_misread_name_would_reach(self) -> None:
+    def test_a_home_may_have_an_odd_name_and_has_neighbours_for_each_misread_name(self) -> None:
         for name in ("o'neil", "ann lee", "$(x)", "`x`", 'say "x"', "a\\b", "Zoë Ångström", "-rf", "*"):
             with self.subTest(name), Mac(home=name) as mac:
                 home = f"/Users/{name}"
@@ -381,19 +389,17 @@ class Product(unittest.TestCase):
             self.assertEqual(report["new_in_home"], ["/Users/ann lee/Library/new"])
             self.assertEqual(report["new_in_temporary_folder"], ["/tmp/new"])
 
-    def test_the_desktops_states(self) -> None:
-        with Mac() as mac:
-            for state, writable in (("full", False), ("read-only", False), ("missing", False), ("normal", True)):
-                mac.do("desktop", state)
-                done = mac.run("sh", "-c", "echo x >Desktop/x")
-                self.assertEqual(done.returncode == 0, writable, state)
-
 
 class Tools(unittest.TestCase):
-    def setUp(self) -> None:
-        self.mac = self.enterContext(Mac())
+    @classmethod
+    def setUpClass(cls) -> None:
+        cls.mac = cls.enterClassContext(Mac())
 
-    def test_every_call_is_recorded_as_it_was_made(self) -> None:
+    def setUp(self) -> None:
+        self.mac.ask("plant", locations="3,5")  # starts the jobs again
+        self.calls_before = len(self.mac.calls())
+
+    def test_every_call_is_recorded_exactly(self) -> None:
         odd = ["", " ", "a\nb", "'\"\\$`", "é", b"\xff"]
         self.mac.run("/usr/bin/ditto", *odd)
         self.mac.run("/bin/launchctl", "stop", AGENT, root=True)
@@ -401,7 +407,7 @@ class Tools(unittest.TestCase):
         self.mac.run("/sbin/shutdown", "-r", "now", root=True)
         self.mac.run("/usr/bin/pkill", "-f", "no such process", root=True)
         self.mac.run("/usr/bin/xdg-open", "https://example.com/?a=b&c")
-        self.assertEqual(self.mac.calls(), [
+        self.assertEqual(self.mac.calls()[self.calls_before:], [
             ("ann", "/usr/bin/ditto", "", " ", "a\nb", "'\"\\$`", "é", "\udcff"),
             ("root", "/bin/launchctl", "stop", AGENT),
             ("root", "/usr/bin/sfltool", "resetbtm"),
@@ -409,12 +415,18 @@ class Tools(unittest.TestCase):
             ("root", "/usr/bin/pkill", "-f", "no such process"),
             ("ann", "/usr/bin/xdg-open", "https://example.com/?a=b&c")])
 
-    def test_ann_can_neither_read_nor_change_the_record(self) -> None:
-        record = "/run/practice/record"
-        for command in (f"cat {record}/calls", f"echo x >>{record}/calls", f"ls {record}"):
-            self.assertNotEqual(self.mac.run("sh", "-c", command).returncode, 0)
+    def test_ann_can_stage_only_with_pkexec(self) -> None:
+        done = self.mac.run("/opt/practice/stage", "tool", "ditto", "missing")
+        self.assertEqual((done.returncode, done.stderr), (1, b"stage: only root may make requests\n"))
+        self.assertTrue(self.mac.exists("/usr/bin/ditto"))
 
-    def test_pkill_ends_what_carries_the_label_and_nothing_else(self) -> None:
+    def test_ann_can_write_only_to_a_normal_desktop(self) -> None:
+        for state, writable in (("full", False), ("read-only", False), ("missing", False), ("normal", True)):
+            self.mac.do("desktop", state)
+            done = self.mac.run("sh", "-c", "echo x >Desktop/x")
+            self.assertEqual(done.returncode == 0, writable, state)
+
+    def test_pkill_ends_only_processes_with_the_label(self) -> None:
         before = self.mac.output("ps", "-eo", "args", root=True).count("\n")
         self.mac.output("/usr/bin/pkill", "-f", DAEMON, root=True)
         wait_until(lambda: not self.mac.report()["daemon"]["processes"])
@@ -429,13 +441,15 @@ class Tools(unittest.TestCase):
         report = self.mac.report()
         self.assertEqual((report["agent"]["processes"], report["daemon"]["processes"]), ([], []))
 
-    def test_a_restart_is_the_superusers_and_can_be_waited_for(self) -> None:
+    def test_only_root_can_order_a_restart_and_its_call_can_be_awaited(self) -> None:
+        shutdowns = sum(call[1] == "/sbin/shutdown" for call in self.mac.calls())
         self.assertNotEqual(self.mac.run("/sbin/shutdown", "-r", "now").returncode, 0)
-        with running(COMMAND, "await", self.mac.instance, "shutdown", "2") as waiting:
+        with running(COMMAND, "await", self.mac.instance, "shutdown", str(shutdowns + 2)) as waiting:
             self.mac.output("/sbin/shutdown", "-r", "now", root=True)
             self.assertEqual(waiting.wait(60), 0)
 
-    def test_each_way_of_a_tool_to_fail(self) -> None:
+    def test_each_way_in_which_a_tool_can_fail(self) -> None:
+        calls = sum(call[1] == "/usr/bin/ditto" for call in self.mac.calls())
         words = ("/usr/bin/ditto", "-c", "-k", "--sequesterRsrc", "--keepParent", f"/Users/ann/{LICENCE}", "/tmp/l.zip")
         for mode, status in (("missing", 127), ("fails", 1), ("silent", 0), ("dies", 128 + signal.SIGKILL)):
             self.mac.do("tool", "ditto", mode)
@@ -446,7 +460,7 @@ class Tools(unittest.TestCase):
         self.assertIn(b"Exec format error", self.mac.run("/usr/bin/python3", "-c", launch).stderr)
         self.mac.do("tool", "ditto", "hangs")
         with running(COMMAND, "run", self.mac.instance, "--", *words) as hanging:
-            self.mac.do("await", "ditto", "4")
+            self.mac.do("await", "ditto", str(calls + 4))
             self.mac.output("sh", "-c", "kill $(pgrep -x ditto)", root=True)
             self.assertEqual(hanging.wait(60), 128 + signal.SIGTERM)
         self.mac.do("tool", "ditto", "real")
@@ -455,21 +469,24 @@ class Tools(unittest.TestCase):
 
 
 class Ditto(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls) -> None:
+        cls.mac = cls.enterClassContext(Mac())
+
     def setUp(self) -> None:
-        self.mac = self.enterContext(Mac())
-        self.folder = self.enterContext(tempfile.TemporaryDirectory())
+        self.mac.ask("desktop", state="normal")
+        self.mac.output("sh", "-c", "rm -rf /tmp/* /Users/ann/Desktop/*.zip", root=True)
 
     def extract(self, members: dict[str | zipfile.ZipInfo, bytes]) -> int:
-        """Extracts an archive of these members as ann into /tmp/out; the status."""
-        archive = Path(self.folder, "made.zip")
-        with zipfile.ZipFile(archive, "w") as zipped:
+        """Extracts an archive of these members as ann into /tmp/out, and returns the status."""
+        with zipfile.ZipFile(archive := io.BytesIO(), "w") as zipped:
             for name, content in members.items():
                 zipped.writestr(name, content)
-        self.mac.write("/tmp/made.zip", archive.read_bytes())
+        self.mac.write("/tmp/made.zip", archive.getvalue())
         return self.mac.run("/usr/bin/ditto", "-x", "-k", "/tmp/made.zip", "/tmp/out").returncode
 
     def outside(self) -> list[str]:
-        """What lies anywhere but in /tmp/out that was not there before."""
+        """What is new outside /tmp/out."""
         report = self.mac.report()
         new = report["new_in_home"] + report["new_in_temporary_folder"] + report["new_elsewhere"]
         return [path for path in new if path != "/tmp/made.zip" and not path.startswith("/tmp/out")]
@@ -480,7 +497,7 @@ class Ditto(unittest.TestCase):
         info.external_attr = 0o120777 << 16
         return info
 
-    def test_a_file_goes_in_under_its_parents_name_and_comes_out_as_it_was(self) -> None:
+    def test_a_file_is_archived_under_its_parents_name_and_extracted_unchanged(self) -> None:
         script = f"""
             mkdir '/tmp/@ Ablage – 1' && cp -p ~/'{LICENCE}' '/tmp/@ Ablage – 1' && cd /
             /usr/bin/ditto -c -k --sequesterRsrc --keepParent '/tmp/@ Ablage – 1/.licence' ~/Desktop/l.zip &&
@@ -490,14 +507,14 @@ class Ditto(unittest.TestCase):
         self.assertEqual(self.mac.report()["archives"], [
             {"name": "l.zip", "members": ["@ Ablage – 1/.licence"], "holds_planted_licence": True}])
 
-    def test_a_missing_source_a_missing_archive_and_no_room_fail(self) -> None:
+    def test_a_missing_source_a_missing_archive_and_a_full_disk_fail(self) -> None:
         pack = ("/usr/bin/ditto", "-c", "-k", "--sequesterRsrc", "--keepParent")
         self.assertEqual(self.mac.run(*pack, "/tmp/nothing", "/tmp/l.zip").returncode, 1)
         self.assertEqual(self.mac.run("/usr/bin/ditto", "-x", "-k", "/tmp/nothing.zip", "/tmp/out").returncode, 1)
         self.mac.do("desktop", "full")
         self.assertEqual(self.mac.run(*pack, f"/Users/ann/{LICENCE}", "/Users/ann/Desktop/l.zip").returncode, 1)
 
-    def test_what_is_no_zip_is_refused_although_the_library_behind_it_could_read_it(self) -> None:
+    def test_only_zip_archives_are_extracted(self) -> None:
         self.mac.output("sh", "-c", "cd /tmp; echo text >text.zip; bsdtar -cf tar.zip -C /etc hostname; : >empty.zip")
         for name in ("text", "tar", "empty"):
             done = self.mac.run("/usr/bin/ditto", "-x", "-k", f"/tmp/{name}.zip", "/tmp/out")
@@ -509,10 +526,10 @@ class Ditto(unittest.TestCase):
         self.mac.output("sh", "-c", "head -c 500 /tmp/made.zip >/tmp/short.zip")
         self.assertEqual(self.mac.run("/usr/bin/ditto", "-x", "-k", "/tmp/short.zip", "/tmp/out2").returncode, 1)
 
-    def test_a_zip_of_nothing_extracts_nothing(self) -> None:
+    def test_an_empty_zip_extracts_nothing(self) -> None:
         self.assertEqual(self.extract({}), 0)
 
-    def test_no_entry_gets_out_of_the_folder(self) -> None:
+    def test_no_entry_is_extracted_outside_the_folder(self) -> None:
         target = "/Users/ann/Desktop"
         self.assertEqual(self.extract({"a/.licence": b"in"}), 0)
         self.assertNotEqual(self.extract({"../climbed": b"x", "a/../../climbed": b"x"}), 0)
@@ -525,7 +542,7 @@ class Ditto(unittest.TestCase):
 if __name__ == "__main__":
     if os.geteuid() != 0:
         raise SystemExit("practice_mac_test.py: needs root, as the practice Mac does")
-    # Instances in a folder of this run's own, so that no other practice Mac of this machine is taken for a trace.
+    # This run has its own folder for instances, so that it does not see this machine's other practice Macs.
     with tempfile.TemporaryDirectory(prefix="instances, ") as folder:
         os.environ["TMPDIR"] = tempfile.tempdir = folder
         unittest.main()
