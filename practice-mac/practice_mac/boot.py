@@ -1,4 +1,4 @@
-"""Starts a practice Mac: its namespaces, its disk, its user, D-Bus and polkit, a display. Its first process then becomes
+"""Starts a practice Mac: its namespaces, its disk, its user, D-Bus and polkit, a display. Its first process is then
 launchd.
 
 `Mac.start` runs this as a separate program, with the settings as JSON on standard input. It prints "ready" when the Mac
@@ -31,10 +31,11 @@ PR_SET_PDEATHSIG = 1
 SIOCSIFFLAGS, IFF_UP = 0x8914, 1
 TIMEOUT = 60  # seconds for a service to start
 
-# The capabilities that a start needs, with their numbers. Containers have all of them by default, except the last two.
+# The capabilities that a start needs, with their numbers. Containers have all of them but the last two by default.
 CAPABILITIES = {"CHOWN": 0, "DAC_OVERRIDE": 1, "FOWNER": 3, "KILL": 5, "SETGID": 6, "SETUID": 7, "SYS_CHROOT": 18,
                 "NET_ADMIN": 12, "SYS_ADMIN": 21}
-CONTAINER = "--cap-add SYS_ADMIN --cap-add NET_ADMIN --security-opt seccomp=unconfined --security-opt apparmor=unconfined"
+CONTAINER = "--cap-add SYS_ADMIN --cap-add NET_ADMIN " \
+    "--security-opt seccomp=unconfined --security-opt apparmor=unconfined"
 
 # The rule reads the decision at each request, because polkitd loads changed rules only after a delay.
 POLKIT_RULE = """
@@ -204,7 +205,8 @@ def start_display() -> None:
     folder = Path("/run/practice/display")
     folder.mkdir()
     os.makedirs("/var/lib/openbox", exist_ok=True)
-    Path("/var/lib/openbox/debian-menu.xml").write_text("<openbox_menu/>\n", encoding="ascii")  # openbox warns if it is missing
+    # openbox warns if its menu is missing.
+    Path("/var/lib/openbox/debian-menu.xml").write_text("<openbox_menu/>\n", encoding="ascii")
     shutil.chown(folder, "ann", "ann")
     variables = {"HOME": str(folder), "PATH": "/usr/bin:/bin", "LANG": "C.UTF-8", "DISPLAY": ":99"}
 

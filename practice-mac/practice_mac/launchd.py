@@ -1,7 +1,7 @@
-"""The practice Mac's first process. It reaps orphans, runs the product's jobs as launchd does, records every call of the
-stand-ins, runs programs for the machine outside, and stages and reports.
+"""The practice Mac's first process. It reaps orphans, runs the product's jobs as launchd does, records all calls of
+the stand-ins, runs programs for the machine outside, and stages and reports.
 
-A request is one line of JSON, {"verb": VERB, ARGUMENT: VALUE, …}, and so is its answer: {"result": …} or {"error": TEXT}.
+A request is one line of JSON: {"verb": VERB, ARGUMENT: VALUE, …}. The answer is {"result": …} or {"error": TEXT}.
 `verbs` lists them. Requests come through two sockets: "control" in the Mac's folder on the machine outside, and SOCKET
 inside. Only root may make requests. The answers are computed inside, so a link inside never leads to a file outside.
 """

@@ -89,8 +89,8 @@ class Mac:
             with tempfile.TemporaryFile() as errors:
                 cache = ["-X", f"pycache_prefix={BUILD}/python"] if BUILD.is_dir() else ["-B"]
                 boot = subprocess.Popen(
-                    [sys.executable, "-IS", *cache, "-c", BOOT, FOLDER, mac.instance], stdin=subprocess.PIPE, stderr=errors,
-                    stdout=subprocess.PIPE, start_new_session=True, cwd="/")
+                    [sys.executable, "-IS", *cache, "-c", BOOT, FOLDER, mac.instance], stdin=subprocess.PIPE,
+                    stdout=subprocess.PIPE, stderr=errors, start_new_session=True, cwd="/")
                 with boot.stdin:
                     boot.stdin.write(json.dumps(settings).encode())
                 if boot.stdout.readline() != b"ready\n":

@@ -124,7 +124,8 @@ def text(facts: dict) -> str:
     lines.append("Desktop" if facts["desktop"] is not None else "Desktop (missing)")
     lines += [f"      {entry['name']}  ({entry['kind']}, {entry['size']} bytes)" for entry in facts["desktop"] or []]
     lines += [f"      {zipped['name']}: {zipped.get('members', zipped.get('problem'))}"
-              + (", with the planted licence" if zipped.get("holds_planted_licence") else "") for zipped in facts["archives"]]
+              + (", with the planted licence" if zipped.get("holds_planted_licence") else "")
+              for zipped in facts["archives"]]
     for title in ("new_in_home", "new_in_temporary_folder", "new_elsewhere", "lost", "changed"):
         if facts[title]:
             lines += [title.replace("_", " ").capitalize(), *(f"      {path}" for path in facts[title])]

@@ -1,4 +1,5 @@
-"""The stand-ins: tools of the Mac that Debian lacks; `shutdown`, which only records; and `pkill` and `xdg-open`.
+"""The stand-ins: tools of the Mac that Debian lacks; `shutdown` and `xdg-open`, which only record; and `pkill`, which
+records and then runs the real one.
 
 All are one program, inside/stand-in. It reports its call to launchd and does what launchd orders.
 """

@@ -1,17 +1,17 @@
-"""Drives the tool on a practice Mac as a person does: looks at its window, presses what is there, and judges by what then
-is on disk, on the screen and in the log.
+"""Uses the tool on a practice Mac as a user does: looks at its window, presses its buttons, and judges what is then on
+disk, on the screen and in the log.
 
     with PracticeMac(locations="all", rights="granted") as mac, mac.open_tool() as tool:
         tool.press("Remove Quorlen 3")
         tool.answer("Remove Quorlen 3?", "Remove Quorlen 3")
 
-Each press is a real one of the X pointer or keyboard (xdotool). What is seen comes from the inspector, a bundle that only
-looks. Everything waits for a condition; if that does not hold within TIMEOUT, `JourneyFailure` says what was done, what
-was expected and what was seen. So does a tool that has ended unexpectedly. Leaving the `with` block ends everything; if
-this process is killed, the practice Mac ends with it.
+Each press is a real press of the X pointer or keyboard (xdotool). The inspector, a bundle in the tool, describes the
+windows. Each step waits until its condition is true. After TIMEOUT, or if the tool ends unexpectedly, `JourneyFailure`
+says what was expected and what was seen. The end of a `with` block ends the tool or the Mac. The practice Mac also ends
+with this process.
 
-QUORLEN_BUILD names another build folder than build/linux, QUORLEN_TOOL another executable to drive than that build's
-tool, QUORLEN_SHARE a folder of this machine in which that executable may write.
+QUORLEN_BUILD names the build folder if it is not build/linux. QUORLEN_TOOL names the executable to drive if it is not
+that build's tool. QUORLEN_SHARE names a folder of this machine in which that executable may write.
 """
 
 import contextlib
@@ -31,6 +31,7 @@ from typing import Any
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "practice-mac"))
 from practice_mac.machine import Mac, PracticeMacError  # noqa: E402
+from practice_mac.product import LICENCE  # noqa: E402
 
 BUILD = pathlib.Path(os.environ.get("QUORLEN_BUILD", ROOT / "build/linux"))
 NAME = "Quorlen 3 Removal Tool"
@@ -38,29 +39,28 @@ TOOL = pathlib.Path(os.environ.get("QUORLEN_TOOL", BUILD / f"{NAME}.app" / NAME)
 SHARE = os.environ.get("QUORLEN_SHARE")
 INSPECTOR = BUILD / "Inspector.bundle"
 PICTURES = ROOT / "build/journeys"
-LICENCE = "Library/Application Support/Quorlen/.licence"  # in the home
 
-TIMEOUT = 60  # seconds until a condition that has not come true never will; far above what any step takes
+TIMEOUT = 60  # seconds for a condition to come true; far more than any step takes
 POLL_INTERVAL = 0.05  # seconds between two looks
 BUSY = 1  # seconds without an answer after which the tool counts as busy
 
-DEFAULT_BUTTON = "#1E78E6"  # how a button that Return presses is drawn on Debian
+DEFAULT_BUTTON = "#1E78E6"  # the colour on Debian of the button that Return presses
 
-# GNUstep says these two lines about every bundle that its defaults make it load: they are not the tool's.
+# GNUstep writes these two lines when it loads the inspector.
 INSPECTOR_LINES = re.compile(r"^.*(Loading 1 user defined AppKit bundles|Loaded '.*Inspector\.bundle')\n", re.MULTILINE)
 
 View = dict[str, Any]  # a window, view or cell, as inspector/Snapshot.hpp describes it
 
 
 class JourneyFailure(AssertionError):
-    """Something is not as it must be."""
+    """A test's expectation is not met."""
 
 
 class Timeout(JourneyFailure):
     """A condition did not come true within TIMEOUT."""
 
 
-story: list[str] = []  # what was done and seen, in order; a failing journey prints it
+story: list[str] = []  # the steps so far; a failing journey prints them
 
 
 def note(line: str) -> None:
@@ -69,38 +69,38 @@ def note(line: str) -> None:
 
 
 def expect_equal(seen: object, wanted: object, what: str) -> None:
-    """Fails unless two things are equal; `what` names them in words."""
+    """Fails unless two values are equal; `what` names them."""
     if seen != wanted:
         raise JourneyFailure(f"{what}\n    must be: {wanted!r:.1000}\n    is:      {seen!r:.1000}")
 
 
 def expect(condition: object, what: str) -> None:
-    """Fails unless something holds; `what` says it in words."""
+    """Fails unless a condition is true; `what` states it."""
     if not condition:
-        raise JourneyFailure(f"not so: {what}")
+        raise JourneyFailure(f"not true: {what}")
 
 
 def matches(text: str, pattern: str) -> bool:
-    """Whether a text is the pattern, in which each "…" stands for anything but a line's end."""
+    """Whether a text matches a pattern, in which each "…" stands for any text within a line."""
     return re.fullmatch("[^\n]*".join(map(re.escape, pattern.split("…"))), text) is not None
 
 
 def eventually(condition: Callable[[], Any], what: str) -> Any:
-    """Waits until `condition()` is true and returns its value; `what` says what is awaited."""
+    """Waits until `condition()` is true and returns its value; `what` states the condition."""
     deadline = time.monotonic() + TIMEOUT
     while True:
         if seen := condition():
             return seen
         if time.monotonic() > deadline:
-            raise Timeout(f"waited {TIMEOUT} s in vain: {what}")
+            raise Timeout(f"not true within {TIMEOUT} s: {what}")
         time.sleep(POLL_INTERVAL)
 
 
 class PracticeMac:
-    """A throw-away Mac with the product installed as asked for. Use it in a `with` statement."""
+    """A disposable Mac with the product installed. Use it in a `with` statement."""
 
     def __init__(self, home: str = "ann", **options: Any) -> None:
-        """The options are those of `practice-mac start`, see `practice_mac.machine.Mac.start`."""
+        """Takes the options of `practice_mac.machine.Mac.start`."""
         self.home = f"/Users/{home}"
         folders = [] if TOOL.is_relative_to(ROOT / "build") else [str(TOOL.parent)]
         self._options = {"home": home, "until": os.getpid(), "bind": folders, "share": [SHARE] if SHARE else [],
@@ -125,22 +125,22 @@ class PracticeMac:
         self._mac.ask("plant", locations=locations, licence=licence, agent=agent, daemon=daemon, supervised=supervised)
 
     def rights(self, decision: str) -> None:
-        """Decides what becomes of requests for administrator rights: "granted", "refused" or "dismissed"."""
-        note(f"From now on administrator rights are {decision}.")
+        """Sets the answer to requests for administrator rights: "granted", "refused" or "dismissed"."""
+        note(f"Administrator rights are now {decision}.")
         self._mac.ask("rights", rights=decision)
 
     def tool_of_the_system(self, tool: str, mode: str) -> None:
-        """Changes how a tool of the system behaves: "real", "missing", "fails", "silent", "hangs", …"""
-        note(f"From now on {tool} is {mode}.")
+        """Sets how a system tool behaves: "real", "missing", "fails", "silent", "hangs", …"""
+        note(f"The tool {tool} is now in the mode {mode!r}.")
         self._mac.ask("tool", tool=tool, mode=mode)
 
     def desktop_becomes(self, state: str) -> None:
-        """Changes the Desktop: "normal", "missing", "read-only" or "full"."""
-        note(f"The Desktop is {state} now.")
+        """Sets the state of the Desktop: "normal", "missing", "read-only" or "full"."""
+        note(f"The Desktop is now {state}.")
         self._mac.ask("desktop", state=state)
 
     def awaits_call(self, tool: str, count: int = 1) -> None:
-        """Returns when a tool of the system has been called so many times."""
+        """Waits until a system tool has been called `count` times since the start."""
         self._mac.ask("await", tool=tool, count=count, timeout=TIMEOUT)
 
     def run(self, *command: str, root: bool = False, stdin: bytes = b"") -> str:
@@ -155,18 +155,18 @@ class PracticeMac:
         return self.run("bash", "-euc", 'cd "$0"; ' + script, self.home, *arguments, root=root)
 
     def put(self, path: str, content: bytes) -> None:
-        """Writes a file of the user's, relative to the home or absolute."""
+        """Writes a file as the user; the path is absolute or relative to the home."""
         self.run("tee", "--", path, stdin=content)
 
     def passes_a_second(self) -> None:
-        """Returns in another second of the clock than it was called in: names made from the clock then differ."""
+        """Waits for the next second of the clock, so that names made from the clock differ."""
         second = int(time.time())
         eventually(lambda: int(time.time()) != second, "the clock goes on")
 
-    # What is on it. Paths are relative to the home or absolute.
+    # What is on it. Paths are absolute or relative to the home.
 
     def report(self) -> dict:
-        """What is there, what is gone and what was called: `practice-mac report --json`."""
+        """What is there, what is gone and which tools were called: `practice-mac report --json`."""
         return self._mac.ask("report")
 
     def report_text(self) -> str:
@@ -178,12 +178,12 @@ class PracticeMac:
         return self._mac.ask("locations")
 
     def calls(self, tool: str | None = None) -> list[list[str]]:
-        """The calls of one of the system's tools, each a list of its arguments; or of all, with the names first."""
+        """The calls of a system tool, each a list of its arguments; or of all tools, each with its name first."""
         calls = [(call["tool"].split("/")[-1], call["arguments"]) for call in self._mac.ask("calls")]
         return [words for name, words in calls if name == tool] if tool else [[name, *words] for name, words in calls]
 
     def running(self) -> dict[str, int]:
-        """How many processes of the agent and of the daemon run."""
+        """The number of the agent's and of the daemon's processes."""
         return self._mac.ask("running")
 
     def exists(self, path: str) -> bool:
@@ -220,7 +220,7 @@ class PracticeMac:
                 if name.startswith("Quorlen-License-")]
 
     def detection(self) -> tuple[str, list[str]]:
-        """What a scan must tell of the disk as it is: the status line, and the lines of the log."""
+        """The expected result of a scan of the disk as it is now: the status line, and the lines of the log."""
         count = sum(bool((at := self._mac.look(path)) and at["found"]) for path in self.locations())
         licence = ["License detected."] if (at := self._mac.look(LICENCE)) and at["found"] else []
         if not count:
@@ -241,25 +241,25 @@ class PracticeMac:
         return socket.socket(fileno=self._mac.ask("connect", path=path))
 
     def screen(self, *options: str) -> bytes:
-        """A picture of the screen, as ImageMagick's `import` takes it with these options."""
+        """A picture of the screen, taken by ImageMagick's `import` with these options."""
         done = self._mac.run("import", "-window", "root", *options)
         expect(done.returncode == 0, f"a picture of the screen: {done.stderr.decode(errors='replace')}")
         return done.stdout
 
     def open_program(self, *command: str | pathlib.Path, output: int | None = None, **variables: str) -> Any:
-        """Starts a program as the user, by default with this process's own output streams."""
+        """Starts a program as the user. Its output goes to a descriptor, by default to this process's streams."""
         with open(os.devnull, "rb") as nothing:
             return self._mac.open_program(list(command), nothing.fileno(), 1 if output is None else output,
                                           2 if output is None else output, variables=variables)
 
     def open_tool(self, inspected: bool = True) -> "Tool":
-        """Starts the tool; use the result in a `with` statement. Without the inspector nothing can be looked at."""
+        """Starts the tool; use the result in a `with` statement. Without the inspector its windows can't be read."""
         return Tool(self, inspected)
 
 
 class Tool:
-    """The running tool, as a person sees and uses it. The block of its `with` statement begins when the window shows
-    the first detection (at once, if nothing can be looked at), and ends with the tool, however it ends."""
+    """The running tool, as a user sees and uses it. The block of its `with` statement begins when the window shows the
+    first detection (without the inspector, at once). The end of the block ends the tool."""
 
     def __init__(self, mac: PracticeMac, inspected: bool) -> None:
         self.mac = mac
@@ -296,18 +296,18 @@ class Tool:
         if self.process.poll() is None:
             if picture:
                 with contextlib.suppress(JourneyFailure, PracticeMacError, OSError):
-                    note(f"The screen then: {self.picture(f'{picture}-{os.getpid()}')}")
+                    note(f"A picture of the screen: {self.picture(f'{picture}-{os.getpid()}')}")
             self.process.kill()
         if picture:
-            note(f"The tool said on standard error: {self.said() or '(nothing)'}")
+            note(f"The tool's error output: {self.said() or '(nothing)'}")
         self._errors.close()
 
     # Looking
 
     def look(self) -> View | None:
-        """All that the tool shows now: see inspector/Snapshot.hpp. None while it is busy or not there yet."""
+        """All that the tool shows now: see inspector/Snapshot.hpp. None while it is busy or has not started yet."""
         if (status := self.process.poll()) is not None:
-            raise JourneyFailure(f"the tool has ended with status {status}, and said: {self.said() or '(nothing)'}")
+            raise JourneyFailure(f"the tool has ended with status {status}; its output: {self.said() or '(nothing)'}")
         with contextlib.suppress(PracticeMacError, ConnectionError, TimeoutError):
             with self.mac.connect(self._socket) as line:
                 line.settimeout(BUSY)
@@ -321,10 +321,10 @@ class Tool:
 
     def main_window(self) -> View | None:
         """The tool's own window, or None."""
-        return self._window(lambda w: w["title"] == NAME and not w["modal"])  # an alert bears the tool's name too
+        return self._window(lambda w: w["title"] == NAME and not w["modal"])  # an alert has this title too
 
     def modal_window(self) -> View | None:
-        """The alert or panel that must be answered first, or None."""
+        """The open alert or panel, or None."""
         return self._window(lambda w: w["modal"])
 
     @staticmethod
@@ -337,7 +337,7 @@ class Tool:
             waiting[:0] = view["views"]
 
     def texts(self, window: View | None) -> list[str]:
-        """The texts that a window shows, one of each label and button that can be seen."""
+        """The texts of a window's visible labels and buttons."""
         return [v["text"] for v in self.views(window) if v.get("text") and v["visible"] and v["class"] != "NSTextView"]
 
     def status(self) -> str | None:
@@ -350,17 +350,17 @@ class Tool:
                           "the window with its log")["text"]
 
     def button(self, title: str, window: View | None = None) -> View | None:
-        """The button of that title in a window (the main one), or None."""
+        """The button with a title in a window, by default the main window; or None."""
         return next((v for v in self.views(window or self.main_window())
                      if v.get("text") == title and v.get("button")), None)
 
     def shows(self, title: str) -> bool:
-        """Whether the main window shows a button of that title."""
+        """Whether the main window shows a button with this title."""
         found = self.button(title)
         return bool(found and found["visible"])
 
     def buttons(self) -> dict[str, tuple[str, str]]:
-        """The two removal buttons as they are: which is shown, and whether each can be pressed."""
+        """The states of the two removal buttons: shown or hidden, enabled or disabled."""
         window = eventually(self.main_window, "the window")
 
         def state(title: str) -> tuple[str, str]:
@@ -378,11 +378,11 @@ class Tool:
 
     def said(self) -> str:
         """What the tool has written to its standard output and error."""
-        written = os.pread(self._errors.fileno(), 1 << 20, 0)  # The file's position is the tool's.
+        written = os.pread(self._errors.fileno(), 1 << 20, 0)  # seeking would move the tool's position too
         return INSPECTOR_LINES.sub("", written.decode(errors="replace"))
 
     def _outer_frame(self, window: View) -> tuple[int, int, int, int]:
-        """A window's edges on the screen (left, top, right, bottom), with what the window manager draws around it."""
+        """A window's edges on the screen with its title bar and border: left, top, right, bottom."""
         told = self.mac.shell('xwininfo -id "$1"; xprop -id "$1" _NET_FRAME_EXTENTS', str(window["x_window"]))
         x, y, width, height = (int(re.search(rf"{what}: +(-?\d+)", told)[1])
                                for what in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
@@ -391,8 +391,8 @@ class Tool:
         return x - left, y - top, x + width + right, y + height + bottom
 
     def picture(self, name: str, front_only: bool = False) -> pathlib.Path:
-        """Saves a picture of the screen, cut to the tool's windows, or the front one, where they can be seen, and returns
-        its path."""
+        """Saves a picture of the screen and returns its path. It is cut to the tool's windows, or to the front one, if
+        the inspector describes them."""
         windows = (self.look() or {"windows": []})["windows"]
         frames = [self._outer_frame(window) for window in windows[:1 if front_only else None]]
         cut = []
@@ -405,8 +405,8 @@ class Tool:
         return path
 
     def settled_picture(self, name: str, front_only: bool = False) -> pathlib.Path:
-        """Saves a picture as `picture` does, once all is drawn: two in a row have the same colours, and the button that
-        Return presses in an alert or panel has its own."""
+        """Saves a picture as `picture` does, when drawing is complete: two pictures in a row have the same colours, and
+        the button that Return presses in an alert or panel has its colour."""
         last = [""]
 
         def condition() -> pathlib.Path | None:
@@ -417,24 +417,24 @@ class Tool:
                           for v in self.views(self.modal_window()))
             before, last[0] = last[0], colours
             return path if before == colours and (DEFAULT_BUTTON in colours or not default) else None
-        return eventually(condition, f"the picture {name!r} shows all that is drawn")
+        return eventually(condition, f"drawing is complete in the picture {name!r}")
 
     # Judging what is seen
 
     def rests(self, status: str) -> None:
-        """Waits until no alert is open and the status line reads so."""
+        """Waits until no alert is open and the status line has this text."""
         def condition() -> bool:
             snapshot = self.look()
             return bool(snapshot) and not any(w["modal"] for w in snapshot["windows"]) and self.status() == status
         try:
             eventually(condition, "")
         except Timeout:
-            raise Timeout(f"waited {TIMEOUT} s in vain: no alert open and the status line {status!r}; "
+            raise Timeout(f"not true within {TIMEOUT} s: no alert is open and the status line is {status!r}; "
                           f"it is {self.status()!r}") from None
         note(f"The status line reads: {status}")
 
     def logged(self, *lines: str) -> None:
-        """Waits for the log lines since the last call (or the launch): exactly these; a "…" stands for anything."""
+        """Waits until the log lines since the last call (or the launch) are exactly these; "…" is as in `matches`."""
         def new_lines() -> list[str]:
             return self.log().splitlines()[self._lines_read:]
         with contextlib.suppress(Timeout):
@@ -447,24 +447,24 @@ class Tool:
         note("The log gained: " + " | ".join(seen))
 
     def sees_alert(self, message: str, informative: str | None = None, buttons: list[str] | None = None) -> View:
-        """Waits for an alert with this message; judges its other texts if they are given."""
+        """Waits for an alert with this message, and judges its other texts if they are given."""
         window = eventually(lambda: (w := self.modal_window()) and message in self.texts(w) and w,
                             f"the alert {message!r}")
         note(f"An alert: {message}")
         if informative is not None:
             shown = [" ".join(v["text"].split()) for v in self.views(window) if v.get("label") and v["text"] != message]
-            expect_equal(shown, [informative], f"what the alert {message!r} explains")
+            expect_equal(shown, [informative], f"the informative text of the alert {message!r}")
         if buttons is not None:
             shown = [v for v in self.views(window) if v.get("action") == "buttonAction:" and v["visible"]]
             shown.sort(key=lambda v: v["on_screen"][0], reverse=True)  # the first button stands rightmost
-            expect_equal([v["text"] for v in shown], list(buttons), f"the buttons of the alert {message!r}, right to left")
+            expect_equal([v["text"] for v in shown], buttons, f"the buttons of the alert {message!r}, right to left")
         return window
 
     # Pressing
 
     def _click(self, rectangle: list[float], reaches_tool: bool = True, across: float = 1 / 2) -> None:
-        """Presses the pointer's first button in a rectangle, in its middle or elsewhere across it, and releases it when
-        the tool has got the press, if it can get it."""
+        """Presses the pointer's first button in a rectangle, `across` of its width from the left. Releases it when the
+        tool has received the press, if it is to receive it."""
         x, y, width, height = rectangle
         before = eventually(self.look, "the tool answers")["presses"]
         self.mac.xdotool("mousemove", round(x + width * across), round(y + height / 2), "mousedown", 1)
@@ -473,7 +473,7 @@ class Tool:
         self.mac.xdotool("mouseup", 1)
 
     def _still(self, find: Callable[[], View | None], what: str) -> View:
-        """What `find()` gives, once it gives the same twice: what the window manager still moves can't be aimed at."""
+        """Waits until `find()` returns the same place twice, because the window manager may still move a window."""
         last: list[View | None] = [None]
 
         def condition() -> View | None:
@@ -482,7 +482,7 @@ class Tool:
         return eventually(condition, what)
 
     def press(self, title: str) -> None:
-        """Presses a button that is shown and enabled, in the alert or panel if one is open, else in the window."""
+        """Presses a shown and enabled button, in the alert or panel if one is open, else in the main window."""
         def find() -> View | None:
             snapshot = self.look()
             if not snapshot:
@@ -495,13 +495,14 @@ class Tool:
         note(f"Pressed: {title}")
 
     def press_in_vain(self, title: str) -> None:
-        """Clicks where a button of the main window is, whether or not it is enabled or covered by an alert."""
+        """Clicks on a button of the main window that is disabled, or that an open alert makes ineffective."""
         self._click(eventually(lambda: self.button(title), f"the button {title!r}")["on_screen"], reaches_tool=False)
         eventually(self.look, "the tool answers")
-        note(f"Clicked on {title}, which should do nothing")
+        note(f"Clicked on {title}, which must do nothing")
 
-    def answer(self, message: str, title: str, informative: str | None = None, buttons: list[str] | None = None) -> None:
-        """Waits for an alert, judges its texts if they are given, and presses one of its buttons."""
+    def answer(self, message: str, title: str, informative: str | None = None,
+               buttons: list[str] | None = None) -> None:
+        """Waits for an alert as `sees_alert` does, and presses one of its buttons."""
         self.sees_alert(message, informative, buttons)
         self.press(title)
 
@@ -522,7 +523,7 @@ class Tool:
             note(f"{key} goes up")
 
     def moves_pointer(self) -> None:
-        """Moves the pointer across the window, and waits until the tool has got the last move."""
+        """Moves the pointer across the window, and waits until the tool has received each move."""
         x, y, width, height = eventually(self.main_window, "the window")["frame"]
         for left, top in ((x + 40, y + 40), (x + width / 2, y + 60)):
             before = eventually(self.look, "the tool answers")["moves"]
@@ -530,16 +531,16 @@ class Tool:
             eventually(lambda: (snapshot := self.look()) and snapshot["moves"] > before, "the tool gets the move")
 
     def choose_file(self, *path: str) -> None:
-        """Chooses a file in the open panel, by the folders and the name that lead to it from the home folder."""
+        """Chooses a file in the open panel, by its folders and its name from the home folder on."""
         self._press_in_panel("_setHomeDirectory")
         for number, name in enumerate(path):
             def find_cell() -> View | None:
                 columns = [v for v in self.views(self.modal_window()) if "cells" in v]
                 columns.sort(key=lambda column: column["on_screen"][0], reverse=True)
                 cells = [cell for column in columns for cell in column["cells"]
-                         if cell["text"] == name and cell["on_screen"][3] >= 10]  # not one that is scrolled out of sight
+                         if cell["text"] == name and cell["on_screen"][3] >= 10]  # not one scrolled out of sight
                 return cells[0] if cells else None
-            # Never twice in the same place, which would be a double-click: the next column may appear there.
+            # Two clicks in one place would be a double-click, and the next column may appear there.
             self._click(self._still(find_cell, f"{name!r} in the panel")["on_screen"], across=(1 + number % 2) / 3)
         note(f"Chose in the panel: {'/'.join(path)}")
 
@@ -559,13 +560,13 @@ class Tool:
         note(f"Pressed in the panel: the button for {action}")
 
     def close_window(self, window: View | None = None) -> None:
-        """Presses the close button that the window manager draws at the right end of a window's title bar."""
+        """Presses the close button at the right end of a window's title bar."""
         x, y, width, _ = (window or eventually(self.main_window, "the window"))["frame"]
         self._click([x + width - 18, y - 17, 14, 14], reaches_tool=False)
         note("Pressed the window's close button")
 
     def ended(self) -> int:
-        """Waits until the tool has ended by itself, and returns its exit status."""
+        """Waits until the tool has ended, and returns its exit status."""
         status = self.process.wait(TIMEOUT)
         if status is None:
             raise Timeout(f"the tool is still running after {TIMEOUT} s")
@@ -574,7 +575,7 @@ class Tool:
 
 
 def end_orderly_when_told() -> None:
-    """Makes a request to end unwind every `with` block."""
+    """Lets a signal that ends this process first end every `with` block."""
     def leave(number: int, _: object) -> None:
         raise SystemExit(128 + number)
     for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):

@@ -1,4 +1,4 @@
-"""What the journeys share: the phrases of the tool, and the few steps and judgements of many stories."""
+"""What the journeys share: the tool's texts, and common steps and judgements."""
 
 import io
 import zipfile
@@ -16,7 +16,7 @@ NOT_REMOVED = "Quorlen 3 removal did not complete."
 RESTORED = "License restored."
 NOT_RESTORED = "License was not restored."
 
-# The lines of the log that a step leaves, as `Tool.logged` takes them.
+# The log lines of each step, for `Tool.logged`.
 STARTED = ["Starting Quorlen 3 removal..."]
 SAVED = ["License detected.", "License backup created: …/Desktop/Quorlen-License-Backup-….zip"]
 COMPLETED = ["Quorlen 3 removal completed."]
@@ -25,13 +25,13 @@ NOTHING_FOUND = ["No Quorlen 3 files detected in the standard locations.",
 ALL_FOUND = ["Detected 11 Quorlen 3 item(s)."]
 REFUSED = ["Removal encountered an error: …-128…"]
 
-# What the cleanup asks of the system's tools, in this order.
+# The cleanup's calls of the system tools, in this order.
 AGENT, DAEMON = "com.vendrel.QuorlenAgent", "com.vendrel.QuorlenDaemon"
 CLEANUP_CALLS = [["launchctl", "stop", AGENT], ["pkill", "-f", AGENT], ["launchctl", "stop", DAEMON],
                  ["launchctl", "bootout", "system", f"/Library/LaunchDaemons/{DAEMON}.plist"],
                  ["launchctl", "remove", DAEMON], ["pkill", "-f", DAEMON], ["sfltool", "resetbtm"]]
 
-# The two removal buttons, in the states that a person meets.
+# The states of the two removal buttons.
 CAN_REMOVE = {"Remove Quorlen 3": ("shown", "enabled"), "Override Cleanup": ("hidden", "enabled")}
 NOTHING_TO_REMOVE = {"Remove Quorlen 3": ("shown", "disabled"), "Override Cleanup": ("hidden", "enabled")}
 OVERRIDE_SHOWN = {"Remove Quorlen 3": ("hidden", "disabled"), "Override Cleanup": ("shown", "enabled")}
@@ -46,7 +46,7 @@ def remove(tool: Tool, then: str = "Restart Later") -> None:
 
 
 def restore(tool: Tool, *path: str) -> None:
-    """Chooses an archive, by the names that lead to it from the home folder, and confirms the open panel."""
+    """Chooses an archive, by its folders and its name from the home folder on, and confirms the open panel."""
     tool.press("Restore License")
     tool.choose_file(*path)
     tool.confirm_panel()
@@ -83,12 +83,12 @@ def judge_clean(mac: PracticeMac) -> None:
 
 
 def zip_of(*members: tuple) -> bytes:
-    """A zip archive in memory. A member is a name with its content, or a name, a content and a Unix mode."""
+    """A zip archive in memory. A member is a name, a content and, optionally, a Unix mode."""
     memory = io.BytesIO()
     with zipfile.ZipFile(memory, "w") as archive:
         for name, content, *mode in members:
             entry = zipfile.ZipInfo(name, (2026, 1, 2, 3, 4, 6))
-            entry.create_system = 3  # Unix: the mode counts
+            entry.create_system = 3  # Unix, so that the mode is used
             entry.external_attr = (mode[0] if mode else 0o100644) << 16
             archive.writestr(entry, content)
     return memory.getvalue()

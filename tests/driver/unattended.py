@@ -49,7 +49,7 @@ def take_picture(tool: Tool, stage: str) -> None:
 
 
 def go(tool: Tool, way: Way) -> tuple[str, str]:
-    """Goes one way through the tool, from its open window to its end. Returns the last status line and log."""
+    """Uses the tool in one way, until it ends. Returns the last status line and log."""
     take_picture(tool, "the tool is open")
     before = tool.status()
     if way.nothing_installed:
@@ -97,7 +97,7 @@ def judged(mac: PracticeMac, way: Way, licence: bytes | None) -> dict[str, tuple
 
 
 def unattended(way: Way) -> int:
-    """Goes one way through the tool, prints what happened, and judges everything that the tool leaves."""
+    """Uses the tool in one way, prints what happened, and judges everything that the tool leaves."""
     driver.PICTURES = driver.ROOT / "build/run"
     shutil.rmtree(driver.PICTURES, ignore_errors=True)
     with way.mac() as mac:

@@ -138,7 +138,8 @@ class Isolation(unittest.TestCase):
     def test_a_file_that_root_deletes_or_changes_inside_stays_as_it_was_outside(self) -> None:
         file = Path(self.folder, "file")
         self.assertEqual(self.mac.output("cat", file, root=True), "outside")
-        self.mac.output("sh", "-c", f"cd {self.folder}; echo inside >file && echo >new && rm -r {self.folder}", root=True)
+        script = f"cd {self.folder} && echo inside >file && echo >new && rm -r {self.folder}"
+        self.mac.output("sh", "-c", script, root=True)
         self.assertFalse(self.mac.exists(self.folder))
         self.assertEqual(file.read_text(encoding="ascii"), "outside")
         self.assertEqual(list(Path(self.folder).iterdir()), [file])

@@ -12,7 +12,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 LLVM = (ROOT / "script/llvm-version").read_text().strip()
 # A script that starts one of these has begun to work.
 WORKING_TOOLS = ("apt-get", "dpkg-query", "sudo", "git", "cmake", "ninja", "ctest", "clang-format",
-                 f"clang-format-{LLVM}", f"clang-tidy-{LLVM}", "rsvg-convert", "optipng", "unshare")
+                 f"clang-format-{LLVM}", f"clang-tidy-{LLVM}", "rsvg-convert", "optipng")
 
 
 def scripts() -> list[str]:

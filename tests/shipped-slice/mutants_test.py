@@ -20,7 +20,7 @@ SHIFT = ("override", "shift_reveals_and_caps_lock_does_not")
 REMOVAL = ("removal", "second_thoughts_then_refusal_then_removal")
 NO_ARCHIVER = ("trouble", "archiver_missing")
 # What the journeys say of the mutants, whole.
-NOT_UP = "waited 10 s in vain: the window shows the first detection"
+NOT_UP = "not true within 10 s: the window shows the first detection"
 WRONG_BUTTONS = re.escape(
     "the removal buttons\n"
     "    must be: {'Remove Quorlen 3': ('hidden', 'disabled'), 'Override Cleanup': ('shown', 'enabled')}\n"
