@@ -574,6 +574,13 @@ class Tool:
         return status
 
 
+def run_as_root() -> None:
+    """Starts this program again with sudo, unless root runs it."""
+    if os.geteuid() != 0:
+        kept = "--preserve-env=DISPLAY,XAUTHORITY,QUORLEN_BUILD,QUORLEN_TOOL,QUORLEN_SHARE"
+        os.execvp("sudo", ["sudo", kept, sys.executable, "-ISB", *sys.argv])
+
+
 def end_orderly_when_told() -> None:
     """Lets a signal that ends this process first end every `with` block."""
     def leave(number: int, _: object) -> None:

@@ -136,9 +136,7 @@ def main() -> int:
     for option in ("--unattended", "--refuse", "--nothing-installed", "--restart"):
         parser.add_argument(option, action="store_true")
     options = vars(parser.parse_args())
-    if os.geteuid() != 0:
-        kept = "--preserve-env=DISPLAY,XAUTHORITY,QUORLEN_BUILD,QUORLEN_TOOL,QUORLEN_SHARE"
-        os.execvp("sudo", ["sudo", kept, sys.executable, "-ISB", *sys.argv])
+    driver.run_as_root()
     driver.end_orderly_when_told()
     display = re.fullmatch(r"(:\d+)(\.\d+)?", os.environ.get("DISPLAY", ""))
     try:
