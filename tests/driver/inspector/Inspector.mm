@@ -32,11 +32,9 @@ int listenAt(const char *path)
     std::memcpy(address.sun_path, path, length + 1);
     const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     unlink(path);
-    if (bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof address) || chmod(path, 0666) ||
-        listen(listener, SOMAXCONN)) {
-        return -1;
-    }
-    return listener;
+    const bool listens = listener >= 0 && !bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof address) &&
+        !chmod(path, 0666) && !listen(listener, SOMAXCONN);
+    return listens ? listener : -1;
 }
 
 /// Sends a whole text, unless the other side has closed the connection.
