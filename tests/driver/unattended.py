@@ -84,8 +84,8 @@ def judged(mac: PracticeMac, way: Way, licence: bytes | None) -> dict[str, tuple
     return {
         "what became of the eleven locations": ([at["became"] for at in facts["locations"]], [way.became] * 11),
         "the running processes": (mac.running(), {"agent": way.running, "daemon": way.running}),
-        "the licences in the backups": ([archived_licence(mac, name) for name in mac.archives()],
-                                        [licence] * way.archives),
+        "whether each backup holds the licence": (
+            [archived_licence(mac, name) == licence for name in mac.archives()], [True] * way.archives),
         "the last lines of the removal logs": (
             [removal_log(mac, name).splitlines()[-1] for name in mac.removal_logs()], COMPLETED * way.logs),
         "the cleanup's calls": ([call for call in calls if call[0] in ("launchctl", "pkill", "sfltool")], way.calls),
