@@ -99,7 +99,7 @@ class Mac:
                                            "the practice Mac did not start; nothing of it was kept")
         except BaseException:
             if boot:
-                boot.kill()  # its first process dies with it
+                boot.kill()  # the Mac's first process dies with it
                 boot.stdout.read()  # ends when all of its processes have ended
                 boot.wait()
             shutil.rmtree(mac.instance, ignore_errors=True)
@@ -112,7 +112,7 @@ class Mac:
 
     @classmethod
     def named(cls, name: str) -> "Mac":
-        """The Mac of that name; PracticeMacError if there is none."""
+        """Returns the Mac of that name; raises PracticeMacError if there is none."""
         path = Path(name)
         if not (path.is_absolute() and path.name.startswith(PREFIX) and path.is_dir() and path.owner() == "root"):
             raise PracticeMacError(f"no such practice Mac: {name}")

@@ -41,7 +41,7 @@ INSPECTOR = BUILD / "Inspector.bundle"
 PICTURES = ROOT / "build/journeys"
 
 TIMEOUT = 60  # seconds for a condition to come true; far more than any step takes
-POLL_INTERVAL = 0.05  # seconds between two looks
+POLL_INTERVAL = 0.05  # seconds between two checks of a condition
 BUSY = 1  # seconds without an answer after which the tool counts as busy
 
 DEFAULT_BUTTON = "#1E78E6"  # the colour on Debian of the button that Return presses
