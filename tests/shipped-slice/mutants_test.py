@@ -27,7 +27,7 @@ WRONG_BUTTONS = re.escape(
     "    is:      {'Remove Quorlen 3': ('shown', 'disabled'), 'Override Cleanup': ('hidden', 'enabled')}")
 WRONG_FOLDER = (r"the activity log since the last look\n(.*\n)+    is:\n(.*\n)+"
                 r" +License backup created: /Users/ann/Documents/Quorlen-License-Backup-[-0-9]+\.zip\n(.*\n)+")
-TERMINATED = (r"the tool has ended with status 134, and said: terminate called without an active exception\n"
+TERMINATED = (r"the tool has ended with status 134; its output: terminate called without an active exception\n"
               r"(qemu: uncaught target signal 6 \(Aborted\) - core dumped\n)?")
 driver.TIMEOUT = 10  # A mutant makes its journey wait in vain. The unchanged slice keeps within this, too.
 
