@@ -24,15 +24,15 @@ public:
     }
     ~Retained() { [_object release]; }
 
-    /// Takes over the reference that an `alloc`/`init`, `copy` or `mutableCopy` handed out; nil is allowed.
+    /// Takes over the reference that `alloc`/`init`, `copy` or `mutableCopy` returned; nil is allowed.
     [[nodiscard]] static Retained adopting(T *object) { return Retained(object); }
-    /// Takes a reference of its own to an object that another owner holds; nil is allowed.
+    /// Takes an additional reference to an object that another owner holds; nil is allowed.
     [[nodiscard]] static Retained sharing(T *object) { return Retained([object retain]); }
 
     /// The object, or nil. It stays owned here.
     [[nodiscard]] T *get() const { return _object; }
-    /// Hands the reference over to the current autorelease pool and returns the object. A method whose name does not
-    /// begin with `alloc`, `new` or `copy` returns its result in this way.
+    /// Passes the reference to the current autorelease pool and returns the object. A method returns its result in this
+    /// way unless its name begins with `alloc`, `new` or `copy`.
     [[nodiscard]] T *autoreleased() && { return [std::exchange(_object, nil) autorelease]; }
 
 private:

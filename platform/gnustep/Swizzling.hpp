@@ -1,4 +1,4 @@
-/// How this folder adds to a method of GNUstep's.
+/// Adds to a method of GNUstep's.
 #pragma once
 
 #import <Foundation/Foundation.h>
@@ -7,9 +7,8 @@
 /// Exchanges the implementations of two instance methods of a class. The platform's callers then reach `addition`, and
 /// `addition` reaches the platform's own implementation by sending itself `addition`.
 ///
-/// Call it from `+load`; the libraries' classes are loaded by then. It ends the program with a message on standard
-/// error when the class lacks one of the methods, because the platform is then not the one that this folder is written
-/// for.
+/// Call it from `+load`; the libraries' classes are loaded by then. If the class lacks one of the methods, this is
+/// another version of GNUstep, and the program ends with a message on standard error.
 inline void swizzleInstanceMethod(Class changed, SEL original, SEL addition)
 {
     const Method originalMethod = class_getInstanceMethod(changed, original);

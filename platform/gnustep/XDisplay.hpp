@@ -1,4 +1,4 @@
-/// The X server behind GNUstep's windows.
+/// The X server on which GNUstep shows its windows.
 #pragma once
 
 #import <AppKit/AppKit.h>

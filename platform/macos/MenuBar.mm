@@ -11,16 +11,16 @@
 namespace
 {
 
-constexpr auto CommandKey = NSEventModifierFlagCommand;
-constexpr auto CommandAndOptionKeys = CommandKey | NSEventModifierFlagOption;
+constexpr auto commandKey = NSEventModifierFlagCommand;
+constexpr auto commandAndOptionKeys = commandKey | NSEventModifierFlagOption;
 
-/// An item of a menu. It has no target, so AppKit searches for an object that handles the action, from the object that
-/// has the keyboard up to the application. AppKit disables the item while no object handles the action.
+/// An item of a menu. It has no target, so AppKit searches for an object that handles the action, from the first
+/// responder up to the application. AppKit disables the item while no object handles the action.
 struct Item {
     NSString *title; // nil in a separator
     SEL action = nullptr;
     NSString *key = @"";
-    NSEventModifierFlags modifiers = CommandKey;
+    NSEventModifierFlags modifiers = commandKey;
 };
 
 void addMenu(NSMenu *menuBar, NSString *title, std::initializer_list<Item> items)
@@ -47,7 +47,7 @@ void setUpMenuBar()
             { [@"About " stringByAppendingString:app], @selector(orderFrontStandardAboutPanel:) },
             separator,
             { [@"Hide " stringByAppendingString:app], @selector(hide:), @"h" },
-            { @"Hide Others", @selector(hideOtherApplications:), @"h", CommandAndOptionKeys },
+            { @"Hide Others", @selector(hideOtherApplications:), @"h", commandAndOptionKeys },
             { @"Show All", @selector(unhideAllApplications:) },
             separator,
             { [@"Quit " stringByAppendingString:app], @selector(terminate:), @"q" },

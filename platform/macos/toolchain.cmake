@@ -1,5 +1,5 @@
-# Builds the universal Mac app on Debian: with Debian's clang, linker and libc++ headers, with the platform's interface as
-# headers/ declares it, and with stubs made from stubs/symbols.txt in place of its libraries. On a Mac this file does
+# Builds the universal Mac app on Debian: with Debian's clang, linker and libc++ headers, with the platform's interface
+# as headers/ declares it, and with stubs made from stubs/symbols.txt in place of its libraries. On a Mac this file does
 # nothing: Apple's toolchain and SDK do all of it.
 if(CMAKE_HOST_SYSTEM_NAME STREQUAL "Darwin")
     return()
@@ -15,11 +15,11 @@ set(CMAKE_CXX_COMPILER_TARGET x86_64-apple-macos)
 set(CMAKE_OBJCXX_COMPILER_TARGET x86_64-apple-macos)
 set(CMAKE_INSTALL_NAME_TOOL "${llvm}/bin/llvm-install-name-tool")
 
-# The SDK version that the executable states, by which AppKit chooses how it looks and behaves: from 11.0 on it is today's
-# look with Dark Mode.
+# The SDK version in the executable. AppKit selects its look and behaviour by it: from 11.0 on today's look with Dark
+# Mode.
 set(sdk_version 12.3)
 
-# CMake's own trial programs, in folders of their own, are handed the finished folder.
+# CMake's trial projects have other build folders. They get the finished folder.
 if(NOT CMAKE_OSX_SYSROOT OR CMAKE_OSX_SYSROOT STREQUAL "${CMAKE_BINARY_DIR}/sdk")
     set(CMAKE_OSX_SYSROOT "${CMAKE_BINARY_DIR}/sdk" CACHE PATH "The stubs, where compiler and linker look for an SDK")
     set(stubs "${CMAKE_CURRENT_LIST_DIR}/make-stubs" "${CMAKE_CURRENT_LIST_DIR}/stubs/symbols.txt")
@@ -30,9 +30,9 @@ if(NOT CMAKE_OSX_SYSROOT OR CMAKE_OSX_SYSROOT STREQUAL "${CMAKE_BINARY_DIR}/sdk"
     file(CREATE_LINK "${llvm}/bin/llvm-lipo" "${CMAKE_OSX_SYSROOT}/usr/bin/lipo" SYMBOLIC)
 endif()
 
-# libc++ before the C library beneath it, that before the compiler's own headers; nothing of this machine's.
+# libc++ first, then the C library, then the compiler's headers; none of this machine's headers.
 set(headers "-nostdlibinc -nostdinc++ -isystem ${llvm}/include/c++/v1 -isystem \"${CMAKE_CURRENT_LIST_DIR}/libc\"")
-# Parts of libc++ that would ask more of libc/ and that the product does without.
+# Turns off parts of libc++ that need more of libc/ and that the product does not use.
 set(features "-D_LIBCPP_HAS_NO_LOCALIZATION -D_LIBCPP_HAS_NO_WIDE_CHARACTERS")
 set(tools "-B\"${CMAKE_OSX_SYSROOT}/usr/bin\"")
 set(CMAKE_CXX_FLAGS_INIT "${tools} ${headers} ${features}")

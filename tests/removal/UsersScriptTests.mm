@@ -1,4 +1,4 @@
-// The script and the quotings as the controller hands them out, and the script's run where nothing is installed.
+// The script and the quoted texts that the controller returns, and the script's run where nothing is installed.
 
 #import "removal/AppDelegate+CleanupScript.h"
 
@@ -19,7 +19,7 @@ class UsersScript : public RoomTest
 {
 protected:
     std::string script() const { return utf8([controller.get() cleanupShellScript]); }
-    /// What the script deletes, as it is written there.
+    /// The paths that the script deletes, as they are written in it.
     Strings deleted() const
     {
         Strings words;
@@ -34,7 +34,7 @@ protected:
     }
 };
 
-/// Everything in the places where the product lives, and what it is.
+/// Every entry in the product's folders, with its attributes.
 Strings inventory()
 {
     return { run({ "find", "/Applications", "/Library", home(), "-printf", "%p %y %s %T@ %m %u\n" }).output };
@@ -42,12 +42,12 @@ Strings inventory()
 
 }
 
-TEST_F(UsersScript, IsMadeForTheHomeOfWhoeverRunsTheTool)
+TEST_F(UsersScript, IsMadeForTheHomeOfTheUserWhoRunsTheTool)
 {
     EXPECT_EQ(script(), utf8(nsString(cleanupScript(u"/Users/ann"))));
 }
 
-TEST_F(UsersScript, AsksForTheHomeOnceAndAfreshEachTime)
+TEST_F(UsersScript, AsksForTheHomeOncePerCall)
 {
     for (const std::string home : { "/Users/bob", "/Users/eve" }) {
         const ReportedHome reported(home);
@@ -65,11 +65,11 @@ TEST_F(UsersScript, QuotesStringsOfThePlatform)
     EXPECT_EQ(utf8([controller.get() appleScriptQuotedString:text]), "\"o'neil \\\"\\\\ \\n\U0001F600\"");
 }
 
-TEST_F(UsersScript, WhereNothingIsInstalledDeletesNothingPrintsNoErrorAndSucceeds)
+TEST_F(UsersScript, DeletesNothingPrintsNoErrorAndSucceedsIfNothingIsInstalled)
 {
     const auto before = inventory();
 
-    const auto end = runAsSuperuser(script());
+    const auto end = runAsRoot(script());
 
     EXPECT_EQ(end.outcome, ShellResult::Outcome::Succeeded);
     EXPECT_EQ(end.code, 0);

@@ -1,5 +1,5 @@
 // When a copy fails half-way, GNUstep leaves a part of the file under the whole file's name.
-// This file is unnecessary when GNUstep's `copyItemAtPath:` leaves nothing behind after a failure.
+// This file is unnecessary when GNUstep's `copyItemAtPath:` leaves no file after a failure.
 #import <Foundation/Foundation.h>
 
 #import "platform/gnustep/Swizzling.hpp"

@@ -1,5 +1,5 @@
-// Under a window manager, GNUstep's modal windows can be hidden, lose the keyboard, or end the program when closed.
-// This file is unnecessary when GNUstep gives its modal windows a parent, WM_DELETE_WINDOW and the keyboard.
+// Under a window manager, GNUstep's modal windows can be hidden, lose the focus, or end the program when closed.
+// This file is unnecessary when GNUstep gives its modal windows a parent, WM_DELETE_WINDOW and the focus.
 #import <AppKit/AppKit.h>
 
 #import "platform/gnustep/Swizzling.hpp"
@@ -69,8 +69,8 @@ NSWindow *parentOfNextModalWindow()
     swizzleInstanceMethod(self, @selector(beginModalSessionForWindow:), @selector(beginManagedModalSessionForWindow:));
 }
 
-/// Replaces `beginModalSessionForWindow:`. Tells the window manager the parent of the modal window before the modal
-/// window appears. The window manager then keeps the modal window in front and gives it the keyboard. Without this,
+/// Replaces `beginModalSessionForWindow:`. Sets the parent of the modal window before the modal window appears. The
+/// window manager then keeps the modal window in front and focuses it. Without this,
 /// a click on the other window hides the modal one, and the program looks dead.
 - (NSModalSession)beginManagedModalSessionForWindow:(NSWindow *)window
 {

@@ -1,5 +1,5 @@
-// GNUstep's start does what a Mac's does not: it shows an icon tile, starts daemons, opens a port for other programs,
-// and takes a backslash in a path for a separator. This file is unnecessary when GNUstep does none of these.
+// Unlike a Mac, GNUstep shows an icon tile at the start, starts daemons, opens a port for other programs, and treats a
+// backslash in a path as a separator. This file is unnecessary when GNUstep does none of these.
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSServicesManager.h>
 
@@ -107,8 +107,8 @@ void fillStandardStreams()
 
 @implementation GSServicesManager (NoServices)
 
-/// The manager of GNUstep's Services menu; this program has no such menu. The manager would open a port at which other
-/// programs can tell this one to open files or to quit, and would wake it regularly to look for new services.
+/// The manager of GNUstep's Services menu; this program has no such menu. The manager would open a port through which
+/// other programs can make this one open files or quit. It would also wake regularly to look for new services.
 + (GSServicesManager *)newWithApplication:(NSApplication *)application
 {
     return nil;

@@ -1,5 +1,5 @@
 // GNUstep opens a URL by a service of its own, finds none, and says so in an alert.
-// This file is unnecessary when GNUstep hands URLs to the desktop's opener.
+// This file is unnecessary when GNUstep passes URLs to the desktop's opener.
 #import <AppKit/AppKit.h>
 
 #import "platform/gnustep/missing/ChildProcess.hpp"

@@ -1,5 +1,5 @@
-// GNUstep lays out alerts unlike a Mac: this file puts the icon beside the texts and the first button rightmost.
-// It is unnecessary when GNUstep's alerts look so by themselves.
+// GNUstep lays out alerts differently from a Mac. This file puts the icon next to the texts and the first button at the
+// right. It is unnecessary when GNUstep's alerts have this layout.
 #import <AppKit/AppKit.h>
 
 #import "platform/gnustep/looks/ButtonMetrics.hpp"
@@ -21,7 +21,7 @@ constexpr CGFloat textWidth = leastWidth - textLeft - margin;
 constexpr CGFloat textGap = 8;
 constexpr CGFloat buttonGap = 12;
 
-/// Sets a text's font and returns the height that it then takes when it is broken into lines.
+/// Sets a text's font and returns the height of the wrapped text.
 CGFloat wrappedHeight(NSTextField *text, NSFont *font)
 {
     if ([[text stringValue] length] == 0) {
@@ -64,8 +64,8 @@ void place(NSView *view, NSRect frame)
     return buttons;
 }
 
-/// Lays the alert out once its texts and buttons are set: as on a Mac, with the icon beside the texts and the buttons
-/// below, the first one rightmost. The window has the program's name.
+/// Lays the alert out once its texts and buttons are set: as on a Mac, with the icon next to the texts and the buttons
+/// below, the first one at the right. The window has the program's name.
 - (void)sizePanelToFit
 {
     CGFloat right = -margin; // From the window's right edge, which depends on the buttons.

@@ -1,5 +1,5 @@
-// GNUstep draws bevelled greys: this file draws windows light and flat.
-// It is unnecessary when GNUstep's own theme looks acceptable beside today's desktops.
+// GNUstep draws bevelled grey windows. This file draws them light and flat.
+// It is unnecessary when GNUstep's own theme fits today's desktops.
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSTheme.h>
 
@@ -11,7 +11,7 @@
 namespace
 {
 
-/// One of the system's colours, by GNUstep's name for it.
+/// One of the system's colours, by its GNUstep name.
 struct SystemColor {
     NSString *name;
     double red;
@@ -45,7 +45,7 @@ constexpr CGFloat buttonHeight = 28;
 constexpr CGFloat buttonRadius = 5;
 constexpr CGFloat circleInset = 2;
 constexpr CGFloat knobRadius = 3;
-/// From this visible part of a text on, only its margins are out of sight, and no knob is drawn.
+/// If at least this part of a text is visible, only its margins are hidden, and no knob is drawn.
 constexpr CGFloat nearlyAll = 0.96;
 
 NSColor *gray(CGFloat white)
@@ -53,7 +53,7 @@ NSColor *gray(CGFloat white)
     return [NSColor colorWithCalibratedWhite:white alpha:1];
 }
 
-/// A shape whose outline of one pixel lies on pixels.
+/// A shape with an outline of exactly one pixel.
 NSBezierPath *roundedRectangle(NSRect frame, CGFloat radius)
 {
     return [NSBezierPath bezierPathWithRoundedRect:NSInsetRect(frame, 0.5, 0.5) xRadius:radius yRadius:radius];
@@ -100,7 +100,7 @@ bool isDefaultButton(NSCell *cell)
         const CGFloat side = std::min(NSWidth(frame), NSHeight(frame)) - 2 * circleInset;
         shape = roundedRectangle(NSMakeRect(NSMidX(frame) - side / 2, NSMidY(frame) - side / 2, side, side), side / 2);
     } else {
-        // As on a Mac, the shape has a height of its own within the frame.
+        // As on a Mac, the shape's height does not depend on the frame.
         const CGFloat surplus = std::max<CGFloat>(NSHeight(frame) - buttonHeight, 0);
         shape = roundedRectangle(NSInsetRect(frame, 0, surplus / 2), buttonRadius);
     }
@@ -144,7 +144,7 @@ bool isDefaultButton(NSCell *cell)
     [self drawBorderType:[static_cast<NSScrollView *>(view) borderType] frame:[view bounds] view:view];
 }
 
-/// Around the scroller below a list of files: nothing.
+/// Draws no border around the scroller below a list of files.
 - (NSRect)drawGrayBezel:(NSRect)border withClip:(NSRect)clip
 {
     return border;

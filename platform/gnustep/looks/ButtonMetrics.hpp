@@ -9,7 +9,7 @@
 inline constexpr CGFloat pushButtonHeight = 28;
 inline constexpr CGFloat leastPushButtonWidth = 84;
 
-/// The width of a button: its title with room on both sides, and never less than `leastPushButtonWidth`.
+/// The width of a button: its title with space on both sides, at least `leastPushButtonWidth`.
 [[nodiscard]] inline CGFloat pushButtonWidth(NSButton *button)
 {
     constexpr CGFloat titlePadding = 16;

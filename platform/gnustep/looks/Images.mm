@@ -20,13 +20,13 @@
 
 /// The file types under which GNUstep looks for a named image. GNUstep's own answer has some 250 types. It loads the
 /// modules of an image library to list them, and looks for each name under all of them in several folders. The images
-/// of this program and of the platform are bitmaps, so this answers the types of bitmaps only.
+/// of this program and of the platform are bitmaps, so this returns the types of bitmaps only.
 + (NSArray *)imageUnfilteredFileTypes
 {
     return [NSBitmapImageRep imageUnfilteredFileTypes];
 }
 
-/// The same types; no filter service adds any. GNUstep asks for them at each image that it reads.
+/// The same types, because no filter service adds any. GNUstep calls this for each image that it reads.
 + (NSArray *)imageFileTypes
 {
     return [self imageUnfilteredFileTypes];

@@ -18,7 +18,7 @@ constexpr CGFloat gap = 12;
 constexpr CGFloat messageHeight = 18;
 constexpr CGFloat nameHeight = 22;
 constexpr CGFloat bottomHeight = margin + pushButtonHeight + gap + nameHeight + gap;
-/// Wide enough for the name of a file with date and time.
+/// Wide enough for a file name with date and time.
 constexpr CGFloat leastColumnWidth = 330;
 
 }
@@ -60,7 +60,7 @@ constexpr CGFloat leastColumnWidth = 330;
 
 @implementation NSWorkspace (OpenPanel)
 
-/// The picture of what lies at a path.
+/// The picture of the file or folder at a path.
 - (NSImage *)iconForFile:(NSString *)path
 {
     static NSImage *const folder = [FilePictures newPictureDrawnBy:@selector(drawFolder:)];

@@ -1,4 +1,4 @@
-// GNUstep gives a tool tip so little room that the last word of a long text is lost.
+// GNUstep makes tool tips so small that the last word of a long text is not visible.
 // This file is unnecessary when GNUstep's tool tips show their whole text.
 #import <AppKit/AppKit.h>
 
@@ -22,8 +22,8 @@ constexpr CGFloat verticalPadding = 4;
 
 @implementation GSTTPanel (ToolTips)
 
-/// Makes room for the text with space around it. GNUstep leaves 4 pixels in all, which breaks the last word of a long
-/// text away.
+/// Makes the tip large enough for the text with space around it. GNUstep leaves only 4 pixels, so that the last word of
+/// a long text wraps out of view.
 - (void)setFrame:(NSRect)frame display:(BOOL)display
 {
     if (!NSIsEmptyRect(frame)) {
@@ -42,7 +42,7 @@ constexpr CGFloat verticalPadding = 4;
     NSRectFill([self bounds]);
     [[NSColor controlShadowColor] set];
     NSFrameRect([self bounds]);
-    // Not into a rectangle: a text that just fits may be broken there.
+    // Not in a rectangle: there a text that just fits may be wrapped.
     NSAttributedString *text = [self valueForKey:@"text"];
     [text drawAtPoint:NSMakePoint(horizontalPadding, verticalPadding)];
 }

@@ -29,8 +29,8 @@ NSDictionary *errorRecord(int number, NSString *message)
     };
 }
 
-/// What a shell wrote, as `do shell script` gives it: line feeds become carriage returns, and one at the end is
-/// dropped.
+/// A shell's output as `do shell script` returns it: line feeds become carriage returns, and one at the end is
+/// removed.
 NSString *stringFromShell(const std::string &bytes)
 {
     NSData *data = [NSData dataWithBytes:bytes.data() length:bytes.size()];
@@ -42,7 +42,7 @@ NSString *stringFromShell(const std::string &bytes)
     return [text hasSuffix:@"\r"] ? [text substringToIndex:[text length] - 1] : text;
 }
 
-/// The error record of a run that did not succeed.
+/// The error record of a failed run.
 NSDictionary *failureRecord(const ShellResult &run)
 {
     using Outcome = ShellResult::Outcome;
@@ -62,7 +62,7 @@ NSDictionary *failureRecord(const ShellResult &run)
 
 }
 
-/// A descriptor that holds a text. GNUstep's class has no instance variables, and a category can't add any.
+/// A descriptor with a text. GNUstep's class has no instance variables, and a category cannot add any.
 @interface TextDescriptor : NSAppleEventDescriptor {
     Retained<NSString> _text;
 }
@@ -85,7 +85,7 @@ NSDictionary *failureRecord(const ShellResult &run)
 
 @end
 
-/// What `+[NSAppleScript alloc]` makes: a script with a place for its source.
+/// The class of the objects of `+[NSAppleScript alloc]`: a script that stores its source.
 @interface ShellStatementScript : NSAppleScript {
     Retained<NSString> _source;
 }
@@ -124,7 +124,7 @@ NSDictionary *failureRecord(const ShellResult &run)
         *failure = errorRecord(cannotCoerce, @"The command holds a character that no shell can be given.");
         return nil;
     }
-    const ShellResult run = runAsSuperuser([nsString(*text) UTF8String]);
+    const ShellResult run = runAsRoot([nsString(*text) UTF8String]);
     if (run.outcome != ShellResult::Outcome::Succeeded) {
         *failure = failureRecord(run);
         return nil;

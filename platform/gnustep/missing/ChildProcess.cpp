@@ -12,7 +12,7 @@
 namespace
 {
 
-/// The form in which the system takes argument lists and environments; it points into `strings`.
+/// An argument list or environment in the system's form. It points into `strings`.
 std::vector<char *> asPointers(const std::vector<std::string> &strings)
 {
     std::vector<char *> pointers;
@@ -23,7 +23,7 @@ std::vector<char *> asPointers(const std::vector<std::string> &strings)
     return pointers;
 }
 
-/// What posix_spawn is told about a child's descriptors and signals.
+/// The settings of posix_spawn for a child's descriptors and signals.
 struct SpawnSettings {
     SpawnSettings(const StandardStreams &streams, short flags)
     {

@@ -7,13 +7,13 @@
 #include <sys/types.h>
 #include <vector>
 
-/// How a child came to its end.
+/// How a child ended.
 struct ProcessEnd {
     bool bySignal; ///< Whether a signal ended it.
     int value;     ///< The exit status, or the number of that signal.
 };
 
-/// What a child gets as its standard streams: a descriptor of the parent's, or, by default, the parent's own stream.
+/// A child's standard streams: a descriptor of the parent, or, by default, the parent's own stream.
 struct StandardStreams {
     int input = 0;
     int output = 1;
@@ -28,24 +28,23 @@ struct StandardStreams {
 /// @param environment its whole environment, as NAME=VALUE.
 /// @param streams its standard streams; each descriptor stays open in the parent.
 /// @param process receives the child's id.
-/// @return 0, or the error number that says why it could not be started; then there is no child.
+/// @return 0, or the error number of the failure; then there is no child.
 [[nodiscard]] int startProcess(const std::string &path, const std::vector<std::string> &arguments,
     const std::vector<std::string> &environment, const StandardStreams &streams, pid_t &process);
 
-/// Waits until a child has ended, and collects it.
+/// Waits until a child has ended, and reaps it.
 ///
 /// @param process the child's id.
 /// @param end receives how it ended.
-/// @return 0, or the error number that says why that could not be learnt (ECHILD when another wait has collected the
-/// child).
+/// @return 0, or the error number of the failure (ECHILD if another wait has reaped the child).
 [[nodiscard]] int waitForEnd(pid_t process, ProcessEnd &end);
 
-/// Starts a program that this process does not wait for: in a session of its own, without a terminal, its standard
+/// Starts a program for which this process does not wait: in its own session, without a terminal, with its standard
 /// streams on /dev/null.
 ///
 /// @param path the program's absolute path.
 /// @param arguments its arguments, without its own name. It gets this process's environment.
-/// @return 0, or the error number that says why it could not be started.
+/// @return 0, or the error number of the failure.
 [[nodiscard]] int startDetached(const std::string &path, const std::vector<std::string> &arguments);
 
 /// This process's environment, as NAME=VALUE.

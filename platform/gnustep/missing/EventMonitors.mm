@@ -5,7 +5,7 @@
 
 #include <memory>
 
-/// One installed monitor: what `addLocalMonitorForEventsMatchingMask:handler:` hands out.
+/// One installed monitor: the result of `addLocalMonitorForEventsMatchingMask:handler:`.
 @interface LocalEventMonitor : NSObject {
 @public
     NSEventMask _mask;

@@ -1,4 +1,4 @@
-// GNUstep's `+[NSEvent modifierFlags]` always answers 0. This file is unnecessary when it answers the keys held now.
+// GNUstep's `+[NSEvent modifierFlags]` always returns 0. This file is unnecessary when it returns the keys held now.
 #import <AppKit/AppKit.h>
 
 #import "platform/gnustep/XDisplay.hpp"
@@ -8,8 +8,8 @@
 
 @implementation NSEvent (ModifierKeysNow)
 
-/// The modifier keys that are held now, as the X server knows them, whatever events are still in the queue. The result
-/// holds Shift, Caps Lock and Control. Option and Command are left out: which keys act as them differs between key
+/// The modifier keys that are held now, as the X server reports them. Queued events do not matter. The result has
+/// Shift, Caps Lock and Control. Option and Command are left out: which keys act as them differs between key
 /// maps.
 + (NSEventModifierFlags)modifierFlags
 {

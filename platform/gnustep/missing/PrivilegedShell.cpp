@@ -79,7 +79,7 @@ struct Pipe {
     }
 };
 
-/// Reads two streams side by side until both have ended. The result is 0, or the error number of what failed.
+/// Reads two streams in parallel until both have ended. Returns 0, or the error number of the failed call.
 int drain(FileDescriptor &output, std::string &outputText, FileDescriptor &error, std::string &errorText)
 {
     std::array<char, 4096> buffer;
@@ -137,10 +137,10 @@ Outcome outcomeOf(const ProcessEnd &end, bool shellBegan, const std::string &err
 
 }
 
-ShellResult runAsSuperuser(std::string_view text)
+ShellResult runAsRoot(std::string_view text)
 {
-    // The added line feed means nothing to the shell. It makes the input non-empty, so that its position below tells
-    // whether the shell has read it, even if the text is empty.
+    // The added line feed has no effect in the shell. It makes the input non-empty, so that the file position below
+    // shows whether the shell has read it, even if the text is empty.
     const char *failed = nullptr;
     const FileDescriptor input = sealedText(std::string(text) + '\n', failed);
     if (!input.isOpen()) {

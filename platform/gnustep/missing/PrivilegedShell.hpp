@@ -8,12 +8,12 @@
 /// How a privileged run of a shell ended.
 struct ShellResult {
     enum class Outcome {
-        Succeeded, ///< The shell ended with status 0.
-        Failed,  ///< The shell ran and ended otherwise: `code` is its status, or 128 plus the number of the signal that
-                 ///< ended it.
-        Refused, ///< The user dismissed the prompt or may not have the rights. Nothing has run.
+        Succeeded,   ///< The shell's exit status is 0.
+        Failed,      ///< The shell failed: `code` is its status, or 128 plus the number of the signal that
+                     ///< ended it.
+        Refused,     ///< The user dismissed the prompt or may not have the rights. Nothing has run.
         NotStarted,  ///< pkexec did not start the shell, for a reason other than a refusal: `code` is pkexec's status,
-                     ///< `error` its words.
+                     ///< `error` its message.
         SystemError, ///< A system call failed: `code` is the error number, `error` the call's name. The shell may have
                      ///< run in part.
     };
@@ -25,10 +25,10 @@ struct ShellResult {
 
 /// Runs a text through `/bin/sh` as root and waits until the shell has ended and all its output streams are closed.
 ///
-/// The text never stands on a command line (a text that kills processes by their command lines would end its own shell)
-/// nor in a file that another process could change: it goes to the shell's standard input from sealed memory. Its
-/// commands find that input at its end.
+/// The text is passed to the shell's standard input in sealed memory. So it is not on a command line (otherwise a text
+/// that kills processes by their command lines would kill its own shell), and no other process can change it. The
+/// text's commands get an empty input.
 ///
 /// @param text the shell text, any bytes but NUL.
 /// @return How the run ended.
-[[nodiscard]] ShellResult runAsSuperuser(std::string_view text);
+[[nodiscard]] ShellResult runAsRoot(std::string_view text);

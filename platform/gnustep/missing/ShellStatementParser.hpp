@@ -11,7 +11,7 @@
 /// In the literal, `\\`, `\"`, `\n`, `\r` and `\t` stand for a backslash, a double quote, a line feed, a carriage
 /// return and a tab. Every other character but a double quote stands for itself.
 /// @param source The whole source.
-/// @return The shell text with its escapes undone, or nothing when the source is anything else.
+/// @return The unescaped shell text, or nothing if the source is anything else.
 [[nodiscard]] std::optional<std::u16string> parseShellStatement(std::u16string_view source);
 
 /// Whether a shell can receive a text unchanged. A null character ends a text there, and half a surrogate pair has no

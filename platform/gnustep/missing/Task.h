@@ -7,8 +7,8 @@
 
 #include <sys/types.h>
 
-/// A program to be run once as a child process. It inherits this process's environment, working folder and standard
-/// streams, and no other descriptor. A task that was launched must be waited for, else the ended child stays in the
+/// A program to run once as a child process. It inherits this process's environment, working folder and standard
+/// streams, and no other descriptor. Wait for each launched task; otherwise the ended child stays in the
 /// system's process table.
 @interface SpawnedTask : NSObject {
     NSString *_launchPath;
@@ -27,7 +27,7 @@
 /// started, when no launch path is set, or when the task was launched before.
 - (void)launch;
 
-/// Blocks until the program has ended; does nothing when it was waited for before. Raises NSInvalidArgumentException
+/// Blocks until the program has ended. Does nothing after an earlier wait. Raises NSInvalidArgumentException
 /// when the task was not launched, and NSGenericException when the system cannot say how the program ended.
 - (void)waitUntilExit;
 

@@ -1,7 +1,7 @@
-/// What libc++'s headers ask of the system's C library before they compile for a Mac on Debian.
+/// The declarations of the C library that libc++'s headers need to compile for a Mac on Debian.
 ///
-/// Declared as Darwin declares it, and only as far as libc++ names it while it compiles what the product includes.
-/// Declaring a function lets nothing link: what the executable may bind to is listed in stubs/symbols.txt.
+/// They are Darwin's declarations, only those that libc++ uses for the headers that the product includes. A declaration
+/// alone does not link: stubs/symbols.txt lists the symbols that the executable may use.
 #pragma once
 
 #include <stddef.h>

@@ -1,7 +1,7 @@
-/// What the product uses of AppKit.
+/// The declarations that the product uses of AppKit.
 ///
 /// To add a declaration, write it under the name of the file that declares it on a Mac, with Apple's types, nullability
-/// and first system, and add its line to tests/macos/interface-facts.txt (a method or property) or
+/// and first macOS version, and add its line to tests/macos/interface-facts.txt (a method or property) or
 /// tests/macos/InterfaceFacts.mm (anything else). A class or function that the app did not use before also needs a line
 /// in platform/macos/stubs/symbols.txt; the link error names it.
 #pragma once

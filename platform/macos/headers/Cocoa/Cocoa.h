@@ -1,7 +1,7 @@
-/// The door to the platform, as on a Mac: Foundation and AppKit.
+/// The platform's umbrella header, as on a Mac: Foundation and AppKit.
 ///
-/// The headers here stand in for the SDK's own when Debian builds the Mac app; a Mac leaves them aside. They declare
-/// what the product uses and no more. Each of the other three says how to add a declaration.
+/// These headers replace the SDK's when Debian builds the Mac app. A Mac does not use them. They declare only what the
+/// product uses. Each of the other three says how to add a declaration.
 #pragma once
 
 #import <Foundation/Foundation.h>

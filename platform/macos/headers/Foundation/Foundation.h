@@ -1,7 +1,7 @@
-/// What the product uses of Foundation.
+/// The declarations that the product uses of Foundation.
 ///
 /// To add a declaration, write it under the name of the file that declares it on a Mac, with Apple's types, nullability
-/// and first system, and add its line to tests/macos/interface-facts.txt (a method or property) or
+/// and first macOS version, and add its line to tests/macos/interface-facts.txt (a method or property) or
 /// tests/macos/InterfaceFacts.mm (anything else). A class or function that the app did not use before also needs a line
 /// in platform/macos/stubs/symbols.txt; the link error names it.
 #pragma once
@@ -27,8 +27,8 @@ typedef unsigned long NSUInteger;
 #define FOUNDATION_EXPORT extern "C"
 #define APPKIT_EXTERN extern "C" __attribute__((visibility("default")))
 
-// API_AVAILABLE(macos(10.6)), API_DEPRECATED("what to use instead", macos(10.0, 12.0)): using what the lowest system
-// aimed at does not have yet is an error.
+// API_AVAILABLE(macos(10.6)), API_DEPRECATED("what to use instead", macos(10.0, 12.0)): a call that the oldest
+// supported macOS does not have is an error.
 #define API_PLATFORM_AVAILABLE_macos(first) macos, introduced = first
 #define API_PLATFORM_DEPRECATED_macos(first, last) macos, introduced = first, deprecated = last
 #define API_AVAILABLE(platform) __attribute__((availability(API_PLATFORM_AVAILABLE_##platform)))

@@ -1,7 +1,7 @@
-/// What the product uses of the Objective-C runtime: its types and its root class.
+/// The declarations that the product uses of the Objective-C runtime: its types and its root class.
 ///
 /// To add a declaration, write it under the name of the file that declares it on a Mac, with Apple's types, nullability
-/// and first system, and add its line to tests/macos/interface-facts.txt (a method or property) or
+/// and first macOS version, and add its line to tests/macos/interface-facts.txt (a method or property) or
 /// tests/macos/InterfaceFacts.mm (anything else). A class or function that the app did not use before also needs a line
 /// in platform/macos/stubs/symbols.txt; the link error names it.
 #pragma once
@@ -17,7 +17,7 @@ struct objc_object {
 typedef struct objc_object *id;
 typedef struct objc_selector *SEL;
 
-// One signed byte on Intel, a truth value of the language on Arm: the compiler knows which.
+// A signed char on Intel, the language's bool on Apple silicon. The compiler defines which.
 #if __OBJC_BOOL_IS_BOOL
 typedef bool BOOL;
 #else
@@ -40,7 +40,7 @@ typedef signed char BOOL;
 
 __attribute__((objc_root_class, visibility("default")))
 @interface NSObject<NSObject> {
-    // Without it the compiler would lay a subclass's first instance variable where the runtime keeps the class.
+    // Without it the compiler would put a subclass's first instance variable where the runtime stores the class.
     Class isa;
 }
 
