@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-/// A log view that yields no text.
+/// A log view that returns no text.
 @interface BlankTextView : NSTextView
 @end
 
@@ -46,7 +46,7 @@ TEST_F(ActivityLog, StartsWithVersionDateAndReady)
     EXPECT_EQ(log(), header);
 }
 
-TEST_F(ActivityLog, CallsTheVersion1Point0WhereTheBundleStatesNoneOrAnEmptyOne)
+TEST_F(ActivityLog, ShowsVersion1Point0IfTheBundleStatesNoneOrAnEmptyOne)
 {
     static NSString *stated;
     const SwizzledMethod information(
@@ -59,7 +59,7 @@ TEST_F(ActivityLog, CallsTheVersion1Point0WhereTheBundleStatesNoneOrAnEmptyOne)
     EXPECT_EQ(utf8([controller.get() appVersionString]), "2") << "any other version is shown";
 }
 
-TEST_F(ActivityLog, GainsTheMessageAndOneLineFeed)
+TEST_F(ActivityLog, AppendsTheMessageAndOneLineFeed)
 {
     [controller.get() appendLog:@"first"];
     [controller.get() appendLog:@"second"];
@@ -67,7 +67,7 @@ TEST_F(ActivityLog, GainsTheMessageAndOneLineFeed)
     EXPECT_EQ(log(), header + "first\nsecond\n");
 }
 
-TEST_F(ActivityLog, GainsOneLineFeedForNoMessage)
+TEST_F(ActivityLog, AppendsOneLineFeedForNoMessage)
 {
     [controller.get() appendLog:nil];
 
@@ -88,7 +88,7 @@ TEST_F(ActivityLog, ShowsAPercentSignAsItIs)
     EXPECT_EQ(log(), header + "100 %@ %s %d\n");
 }
 
-TEST_F(ActivityLog, BeginsWithTheMessageWhereTheViewYieldsNoText)
+TEST_F(ActivityLog, BeginsWithTheMessageIfTheViewReturnsNoText)
 {
     const auto blank = adopt([[BlankTextView alloc] initWithFrame:NSMakeRect(0, 0, 100, 100)]);
     [controller.get() setLogView:blank.get()];
@@ -113,7 +113,7 @@ TEST_F(ActivityLog, IsScrolledToItsEndAfterEachLine)
     EXPECT_TRUE(scrolledToItsEnd());
 }
 
-TEST(ActivityLogWithoutAWindow, SwallowsAMessage)
+TEST(ActivityLogWithoutAWindow, IgnoresAMessage)
 {
     const auto controller = adopt([[AppDelegate alloc] init]);
 

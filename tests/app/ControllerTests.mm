@@ -11,7 +11,7 @@ namespace
 std::vector<std::string> calls;
 }
 
-/// Notes which operations the launch calls.
+/// Records which operations the launch calls.
 @interface NotingController : AppDelegate
 @end
 
@@ -30,7 +30,7 @@ std::vector<std::string> calls;
 }
 @end
 
-/// Notes what its monitor's handler calls.
+/// Records what its monitor's handler calls.
 @interface WatchingController : AppDelegate
 @end
 
@@ -41,7 +41,7 @@ std::vector<std::string> calls;
 }
 @end
 
-/// Notes when it is destroyed.
+/// Records its own destruction.
 @interface Witness : NSObject <NSCopying> {
     std::string _name;
 }
@@ -51,7 +51,7 @@ std::vector<std::string> calls;
 @implementation Witness
 - (id)initWithName:(const char *)name
 {
-    if ((self = [super init]) != nil) {
+    if ((self = [super init])) {
         _name = name;
     }
     return self;
@@ -79,7 +79,7 @@ class Controller : public testing::Test
 protected:
     void SetUp() override { calls.clear(); }
 
-    /// An object of no class that the properties ask for: they keep any object.
+    /// An object of an unrelated class. The properties keep any object.
     static id witness(const char *name) { return [[[Witness alloc] initWithName:name] autorelease]; }
 
     const Retained<AppDelegate> controller = adopt([[AppDelegate alloc] init]);
@@ -122,13 +122,13 @@ TEST_F(Controller, StartsEmpty)
     EXPECT_EQ([controller.get() modifierMonitor], nil);
 }
 
-TEST_F(Controller, KeepsWhatItIsGivenAndLetsTheOldOneGo)
+TEST_F(Controller, RetainsTheNewObjectAndReleasesTheOldOne)
 {
     @autoreleasepool {
         [controller.get() setModifierMonitor:witness("first")];
         [controller.get() setWindow:witness("window")];
     }
-    EXPECT_TRUE(calls.empty()) << "kept beyond the pool";
+    EXPECT_TRUE(calls.empty()) << "the old object is still retained after the pool";
 
     @autoreleasepool {
         [controller.get() setModifierMonitor:witness("second")];
@@ -147,7 +147,7 @@ TEST_F(Controller, KeepsItsOwnCopyOfTheBackupPath)
     EXPECT_EQ(utf8([controller.get() lastBackupPath]), "/Users/ann/Desktop/a.zip");
 }
 
-TEST_F(Controller, LetsGoInTheReverseOfTheDeclaredOrder)
+TEST_F(Controller, ReleasesItsObjectsInReverseOrderOfDeclaration)
 {
     AppDelegate *other = [[AppDelegate alloc] init];
     @autoreleasepool {
@@ -183,7 +183,7 @@ TEST_F(Controller, ClosingTheWindowQuits)
     EXPECT_TRUE([controller.get() applicationShouldTerminateAfterLastWindowClosed:NSApp]);
 }
 
-TEST_F(Controller, TerminationRemovesTheMonitorAndForgetsIt)
+TEST_F(Controller, TerminationRemovesTheMonitorAndClearsTheProperty)
 {
     const auto watching = adopt([[WatchingController alloc] init]);
     [watching.get() installModifierMonitor];

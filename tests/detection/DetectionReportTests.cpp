@@ -22,7 +22,7 @@ TEST(DetectionReport, SaysItemsInBracketsForOneAndForMany)
     }
 }
 
-TEST(DetectionReport, WritesTheLargestCountWhole)
+TEST(DetectionReport, WritesTheLargestCountInFull)
 {
     static_assert(sizeof(std::size_t) == sizeof(std::uint64_t));
 
@@ -30,7 +30,7 @@ TEST(DetectionReport, WritesTheLargestCountWhole)
         u"Quorlen 3 detected. 18446744073709551615 related item(s) found.");
 }
 
-TEST(DetectionReport, TellsOfTheLicenceLast)
+TEST(DetectionReport, MentionsTheLicenceLast)
 {
     const auto report = detectionReport(3, true);
 
@@ -39,7 +39,7 @@ TEST(DetectionReport, TellsOfTheLicenceLast)
         report.logLines, (std::vector<std::u16string> { u"Detected 3 Quorlen 3 item(s).", u"License detected." }));
 }
 
-TEST(DetectionReport, TellsThatNothingWasFoundInTwoLines)
+TEST(DetectionReport, SaysInTwoLinesThatNothingWasFound)
 {
     const auto report = detectionReport(0, false);
 
@@ -47,7 +47,7 @@ TEST(DetectionReport, TellsThatNothingWasFoundInTwoLines)
     EXPECT_EQ(report.logLines, nothingFoundLines);
 }
 
-TEST(DetectionReport, TellsOfALicenceThoughNothingWasFound)
+TEST(DetectionReport, MentionsALicenceEvenIfNothingWasFound)
 {
     const auto report = detectionReport(0, true);
 

@@ -6,7 +6,7 @@
 
 namespace fs = std::filesystem;
 
-/// Its disk holds a licence file and none of the known locations, which no real disk can.
+/// Reports a licence file and no known location. No real disk can have that: the licence is in a known location.
 @interface ControllerOfALoneLicence : AppDelegate
 @end
 
@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 }
 @end
 
-/// Notes what the user sees when the scan logs, and when it is asked which of the two buttons to show.
+/// Records what the user sees when the scan writes to the log, and when the scan chooses which removal button to show.
 @interface ControllerThatShowsLast : AppDelegate {
 @public
     std::string _statusWhenLogging;
@@ -108,7 +108,7 @@ TEST_F(DetectionStatus, OneItemStillSaysItems)
     EXPECT_EQ(newLines(), Strings { "Detected 1 Quorlen 3 item(s)." });
 }
 
-TEST_F(DetectionStatusOfALoneLicence, IsNotDetectedAndTellsOfTheLicence)
+TEST_F(DetectionStatusOfALoneLicence, IsNotDetectedAndMentionsTheLicence)
 {
     scan();
 
@@ -147,7 +147,7 @@ TEST_F(DetectionStatus, ForgetsTheProductOnceItIsGone)
 
     EXPECT_FALSE(detected());
     EXPECT_FALSE(enabled().first);
-    EXPECT_EQ(statusLine(), "Quorlen 3 was not detected.") << "nothing of the earlier text survives";
+    EXPECT_EQ(statusLine(), "Quorlen 3 was not detected.") << "a part of the earlier text is left";
 }
 
 TEST_F(DetectionStatus, LeavesTheOverrideButtonsStateAlone)
@@ -189,7 +189,7 @@ TEST_F(DetectionStatus, WithoutAWindowStillDecides)
     EXPECT_TRUE([blind.get() quorlenDetected]);
 }
 
-TEST_F(DetectionStatus, WithOnlyALogStillTells)
+TEST_F(DetectionStatus, WithOnlyALogStillLogs)
 {
     const auto half = adopt([[AppDelegate alloc] init]);
     [half.get() setLogView:[controller.get() logView]];

@@ -27,7 +27,7 @@ private:
     }
 };
 
-/// Takes everyone's rights to a folder or file away while it lives.
+/// Removes all permissions of a folder or file for its own lifetime.
 class NoAccess
 {
 public:
@@ -99,7 +99,7 @@ TEST_F(KnownLocations, EachIsFoundAlone)
 {
     for (std::size_t index = 3; index < 11; ++index) {
         const auto location = locations()[index];
-        write(location, "a file, whatever the product has here");
+        write(location, "a file");
         EXPECT_EQ(existing(), Strings { location });
         fs::remove(location);
     }
@@ -109,7 +109,7 @@ TEST_F(KnownLocations, EachIsFoundAlone)
     EXPECT_EQ(existing(), (Strings { locations()[0], locations()[1], locations()[2] }));
 }
 
-TEST_F(KnownLocations, ALicenceAloneBringsItsFolder)
+TEST_F(KnownLocations, ALicenceAloneCountsItsFolderToo)
 {
     write(licence(), "a licence");
 
@@ -148,7 +148,7 @@ TEST_F(KnownLocations, ALinkToNothingIsAbsentAndALinkToSomethingIsPresent)
     fs::remove(target);
 }
 
-TEST_F(KnownLocations, WhatMayNotBeReadIsPresentAndWhatCannotBeReachedIsAbsent)
+TEST_F(KnownLocations, AnUnreadableItemIsPresentAndAnUnreachableItemIsAbsent)
 {
     write(licence(), "a licence");
     {
@@ -160,7 +160,7 @@ TEST_F(KnownLocations, WhatMayNotBeReadIsPresentAndWhatCannotBeReachedIsAbsent)
     EXPECT_EQ(existing(), Strings { locations()[3] });
 }
 
-TEST_F(KnownLocations, AreLookedUpAfreshAtEveryCall)
+TEST_F(KnownLocations, AreLookedUpAgainAtEveryCall)
 {
     EXPECT_EQ(existing(), Strings());
 

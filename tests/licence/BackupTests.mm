@@ -8,7 +8,7 @@
 
 namespace fs = std::filesystem;
 
-/// Its archive can't be noted: an exception without a reason comes in between.
+/// Raises an exception without a reason before it stores the archive's path.
 @interface ControllerThatFailsToNote : AppDelegate
 @end
 
@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 }
 @end
 
-/// An exception comes when it tells of its archive.
+/// Raises an exception when it logs the archive.
 @interface ControllerThatFailsToTell : AppDelegate
 @end
 
@@ -33,7 +33,7 @@ namespace fs = std::filesystem;
 }
 @end
 
-/// What it throws is no exception of the platform's.
+/// Throws an object that is not an NSException.
 @interface ControllerThatThrowsSomethingElse : AppDelegate
 @end
 
@@ -63,7 +63,7 @@ protected:
     void backUp() { [controller.get() backupLicenceIfPresent]; }
     std::string lastBackupPath() const { return utf8([controller.get() lastBackupPath]); }
 
-    /// Expects a backup that failed and was cleaned up, with the path of an earlier one kept.
+    /// Expects that the backup failed, removed its files and kept the path of an earlier backup.
     void expectNotCreated(const std::string &when)
     {
         [controller.get() setLastBackupPath:@"/an/earlier.zip"];
@@ -80,7 +80,7 @@ protected:
         EXPECT_TRUE(fs::exists(licence())) << when;
     }
 
-    /// Expects a backup that an exception cut short: the staged copy stays.
+    /// Expects that an exception ended the backup and that the staged copy stays.
     void expectSkipped()
     {
         [controller.get() setLastBackupPath:@"/an/earlier.zip"];
@@ -92,7 +92,7 @@ protected:
         ASSERT_EQ(lines.size(), 2u);
         EXPECT_EQ(lines[0], "License detected.");
         EXPECT_TRUE(lines[1].starts_with("License backup skipped: ")) << lines[1];
-        EXPECT_GT(lines[1].size(), std::string("License backup skipped: ").size()) << "a reason is given";
+        EXPECT_GT(lines[1].size(), std::string("License backup skipped: ").size()) << "the line has no reason";
         EXPECT_NE(lines[1], "License backup skipped: unknown error");
         EXPECT_EQ(temporaryFolders(), Strings { nameAt221412 });
         EXPECT_EQ(contents(temporaryFolder() / nameAt221412 / ".licence"), installed);
@@ -103,16 +103,16 @@ protected:
     const std::string installed { "\0licence\xff\n of ann", 17 };
 };
 
-class BackupThatCannotBeNoted : public Backup
+class BackupBeforeItsPathIsStored : public Backup
 {
 protected:
-    BackupThatCannotBeNoted() : Backup([ControllerThatFailsToNote class]) { }
+    BackupBeforeItsPathIsStored() : Backup([ControllerThatFailsToNote class]) { }
 };
 
-class BackupThatCannotBeTold : public Backup
+class BackupBeforeItsPathIsLogged : public Backup
 {
 protected:
-    BackupThatCannotBeTold() : Backup([ControllerThatFailsToTell class]) { }
+    BackupBeforeItsPathIsLogged() : Backup([ControllerThatFailsToTell class]) { }
 };
 
 class BackupWithAnotherThrow : public Backup
@@ -123,7 +123,7 @@ protected:
 
 }
 
-TEST_F(Backup, WithoutALicenceSaysSoAndMakesNothing)
+TEST_F(Backup, WithoutALicenceSaysSoAndMakesNoFile)
 {
     fs::remove(licence());
     [controller.get() setLastBackupPath:@"/an/earlier.zip"];
@@ -148,10 +148,10 @@ TEST_F(Backup, LeavesOneArchiveWithTheLicenceOnTheDesktop)
     EXPECT_EQ(newLines(), (Strings { "License detected.", "License backup created: " + archive.string() }));
     EXPECT_EQ(lastBackupPath(), archive);
     EXPECT_EQ(temporaryFolders(), Strings());
-    EXPECT_EQ(contents(licence()), installed) << "the licence itself stays";
+    EXPECT_EQ(contents(licence()), installed) << "the licence itself must stay";
 }
 
-TEST_F(Backup, HandsTheArchiverTheStagedCopyInSixArguments)
+TEST_F(Backup, PassesTheStagedCopyToTheArchiverInSixArguments)
 {
     const StoppedClock clock(secondsAt221412);
 
@@ -162,7 +162,7 @@ TEST_F(Backup, HandsTheArchiverTheStagedCopyInSixArguments)
             desktop() / (nameAt221412 + ".zip") }));
 }
 
-TEST_F(Backup, NamesItsFolderAndItsArchiveByOneStampThoughTheClockMoves)
+TEST_F(Backup, NamesItsFolderAndItsArchiveByOneTimeEvenIfTheClockMoves)
 {
     const StoppedClock clock(secondsAt221412);
     StoppedClock::moveOnAtEachReading();
@@ -174,7 +174,7 @@ TEST_F(Backup, NamesItsFolderAndItsArchiveByOneStampThoughTheClockMoves)
     EXPECT_EQ(onlyArchive(), call[5]);
 }
 
-TEST_F(Backup, NeverTouchesAnEarlierArchive)
+TEST_F(Backup, NeverChangesAnEarlierArchive)
 {
     StoppedClock clock(secondsAt221412);
     backUp();
@@ -221,7 +221,7 @@ TEST_F(Backup, IsNotCreatedWhenTheArchiverSucceedsWithoutAnArchive)
     expectNotCreated("the archiver makes no file");
 }
 
-TEST_F(Backup, IsNotCreatedWhenTheArchiverFailsThoughAFileOfTheNameExists)
+TEST_F(Backup, IsNotCreatedWhenTheArchiverFailsEvenIfAFileOfThatNameExists)
 {
     const StoppedClock clock(secondsAt221412);
     backUp();
@@ -229,19 +229,19 @@ TEST_F(Backup, IsNotCreatedWhenTheArchiverFailsThoughAFileOfTheNameExists)
     expectNotCreated("an archive of the same second exists");
 }
 
-TEST_F(Backup, OfALicenceThatMayNotBeReadIsNotCreated)
+TEST_F(Backup, OfAnUnreadableLicenceIsNotCreated)
 {
     fs::permissions(licence(), fs::perms::none);
     expectNotCreated("unreadable");
     EXPECT_EQ(filesOfTheToolOnTheDesktop(), Strings());
 }
 
-TEST_F(Backup, IsNotCreatedWhereTheDesktopTakesNone)
+TEST_F(Backup, IsNotCreatedIfTheDesktopCannotTakeIt)
 {
     for (const char *state : { "missing", "read-only", "full" }) {
         const Desktop staged(state);
         expectNotCreated(state);
-        EXPECT_EQ(fs::exists(desktop()), std::string(state) != "missing") << "the folder is not made";
+        EXPECT_EQ(fs::exists(desktop()), std::string(state) != "missing") << "the tool must not make the folder";
     }
 }
 
@@ -251,19 +251,19 @@ TEST_F(Backup, IsSkippedWithAReasonAndLeavesItsCopyWhenTheArchiverIsMissing)
     expectSkipped();
 }
 
-TEST_F(Backup, IsSkippedWithAReasonAndLeavesItsCopyWhenTheArchiverIsNoProgram)
+TEST_F(Backup, IsSkippedWithAReasonAndLeavesItsCopyWhenTheArchiverIsNotAProgram)
 {
     const Archiver archiver("not-a-program");
     expectSkipped();
 }
 
-TEST_F(Backup, IsSkippedWithAReasonAndLeavesItsCopyWhereThereIsNoDesktopAtAll)
+TEST_F(Backup, IsSkippedWithAReasonAndLeavesItsCopyIfThereIsNoDesktopFolder)
 {
     const NoDesktopFound none;
     expectSkipped();
 }
 
-TEST_F(Backup, AfterASkippedOneStartsAfresh)
+TEST_F(Backup, AfterASkippedBackupMakesANewFolder)
 {
     StoppedClock clock(secondsAt221412);
     {
@@ -275,10 +275,10 @@ TEST_F(Backup, AfterASkippedOneStartsAfresh)
     backUp();
 
     EXPECT_EQ(licenceInside(onlyArchive()), installed);
-    EXPECT_EQ(temporaryFolders(), Strings { nameAt221412 }) << "only what the skipped one left";
+    EXPECT_EQ(temporaryFolders(), Strings { nameAt221412 }) << "only the skipped backup leaves a folder";
 }
 
-TEST_F(BackupThatCannotBeNoted, SaysUnknownErrorWhereTheExceptionGivesNoReason)
+TEST_F(BackupBeforeItsPathIsStored, SaysUnknownErrorIfTheExceptionHasNoReason)
 {
     backUp();
 
@@ -287,7 +287,7 @@ TEST_F(BackupThatCannotBeNoted, SaysUnknownErrorWhereTheExceptionGivesNoReason)
     EXPECT_EQ(lastBackupPath(), "");
 }
 
-TEST_F(BackupThatCannotBeTold, KeepsThePathThatWasNotedBeforeTheException)
+TEST_F(BackupBeforeItsPathIsLogged, KeepsThePathThatWasStoredBeforeTheException)
 {
     backUp();
 
@@ -297,7 +297,7 @@ TEST_F(BackupThatCannotBeTold, KeepsThePathThatWasNotedBeforeTheException)
     EXPECT_EQ(temporaryFolders().size(), 1u);
 }
 
-TEST_F(BackupWithAnotherThrow, LetsItPass)
+TEST_F(BackupWithAnotherThrow, DoesNotCatchIt)
 {
     std::string caught;
     @try {

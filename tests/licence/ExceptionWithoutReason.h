@@ -1,8 +1,8 @@
-/// An exception of the platform's type that gives no reason.
+/// An NSException whose reason is nil.
 #pragma once
 
 #import <Cocoa/Cocoa.h>
 
-/// Debian's NSException makes up a reason where it was given none; this one doesn't.
+/// Debian's NSException makes up a reason if it is given none. This class does not.
 @interface ExceptionWithoutReason : NSException
 @end

@@ -9,7 +9,7 @@
 
 namespace fs = std::filesystem;
 
-/// The search in the unpacked archive ends in an exception without a reason.
+/// Raises an exception without a reason during the search in the unpacked archive.
 @interface ControllerThatLosesItsWay : AppDelegate
 @end
 
@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 }
 @end
 
-/// What it throws is no exception of the platform's.
+/// Throws an object that is not an NSException.
 @interface ControllerThatThrowsAString : AppDelegate
 @end
 
@@ -50,9 +50,9 @@ const SeenPanel notRestoredAlert {
 
 /// An entry of an archive that a test makes.
 struct Entry {
-    std::string name; ///< A folder's ends in a slash.
+    std::string name; ///< The name of a folder ends in a slash.
     std::string text;
-    std::string mode = "0100600"; ///< Kind and rights, in octal digits.
+    std::string mode = "0100600"; ///< File type and permissions, in octal digits.
 };
 
 void makeZip(const fs::path &archive, const std::vector<Entry> &entries)
@@ -74,7 +74,8 @@ with zipfile.ZipFile(archive, "w") as zipped:
     EXPECT_EQ(run(command).status, 0);
 }
 
-/// The first entry below a folder with a licence's name, in the file system's order and a folder before what is in it.
+/// The first entry below a folder that has a licence's name, in the file system's order. A folder comes before its
+/// contents.
 fs::path firstLicenceBelow(const fs::path &folder)
 {
     for (const auto &entry : fs::recursive_directory_iterator(folder)) {
@@ -98,7 +99,7 @@ template <typename View> View *viewOf(NSView *top)
     return nil;
 }
 
-/// Chooses a file in the browser of the open panel that is up.
+/// Selects a file in the browser of the shown open panel.
 void choose(const fs::path &file)
 {
     NSBrowser *browser = viewOf<NSBrowser>([[NSApp modalWindow] contentView]);
@@ -119,12 +120,12 @@ protected:
         fs::create_directories(folder);
     }
 
-    /// Restores from an archive that is chosen in the real panel.
-    /// @param buttons Pressed in the alerts that follow.
-    /// @return These alerts.
+    /// Restores from an archive that it chooses in the real panel.
+    /// @param buttons The buttons to press in the alerts after the panel.
+    /// @return The alerts.
     std::vector<SeenPanel> restore(const fs::path &chosen, Strings buttons = { "OK" })
     {
-        buttons.insert(buttons.begin(), "Restore License"); // the panel's own
+        buttons.insert(buttons.begin(), "Restore License"); // the panel's button
         AlertAnswers answers(buttons, [&](std::size_t number) {
             if (number == 0) {
                 choose(chosen);
@@ -134,7 +135,7 @@ protected:
         return { answers.seen().begin() + 1, answers.seen().end() };
     }
 
-    /// The log's lines of an attempt, its result and the scan after it.
+    /// The log lines of an attempt: its start, its result and the next scan.
     Strings linesOfAttempt(const Strings &result) const
     {
         Strings lines { "Restoring license from: " + archive.string() };
@@ -149,7 +150,7 @@ protected:
         return lines;
     }
 
-    /// Expects that an archive is not accepted and that the licence that was there stays.
+    /// Expects that an archive is refused and that the existing licence stays.
     void expectRefused(const std::string &why)
     {
         write(licence(), "the old licence");
@@ -169,10 +170,10 @@ protected:
     const fs::path archive = folder / "backup.zip";
 };
 
-class RestoreThatLosesItsWay : public Restore
+class RestoreWhoseSearchFails : public Restore
 {
 protected:
-    RestoreThatLosesItsWay() : Restore([ControllerThatLosesItsWay class]) { }
+    RestoreWhoseSearchFails() : Restore([ControllerThatLosesItsWay class]) { }
 };
 
 class RestoreWithAnotherThrow : public Restore
@@ -185,7 +186,7 @@ class Search : public Restore
 {
 protected:
     fs::path found() const { return utf8([controller.get() findLicenseFileUnderPath:ns(folder)]); }
-    bool foundNothing() const { return [controller.get() findLicenseFileUnderPath:ns(folder)] == nil; }
+    bool foundNothing() const { return ![controller.get() findLicenseFileUnderPath:ns(folder)]; }
 };
 
 }
@@ -216,7 +217,7 @@ TEST_F(Restore, AsksForOneZipFileInThePanel)
     EXPECT_EQ(answers.seen().size(), 1u);
 }
 
-TEST_F(Restore, CancellingThePanelLeavesNoTrace)
+TEST_F(Restore, CancellingThePanelChangesNothing)
 {
     write(licence(), "the old licence");
     const auto status = statusLine();
@@ -230,7 +231,7 @@ TEST_F(Restore, CancellingThePanelLeavesNoTrace)
     EXPECT_EQ(contents(licence()), "the old licence");
 }
 
-TEST_F(Restore, OnlyOkWithAFileGoesOnWhateverElseThePanelReturns)
+TEST_F(Restore, GoesOnOnlyIfThePanelReturnsOkAndAFile)
 {
     static NSInteger code;
     static NSURL *chosen;
@@ -254,7 +255,7 @@ TEST_F(Restore, OnlyOkWithAFileGoesOnWhateverElseThePanelReturns)
     EXPECT_EQ(contents(licence()), "the old licence");
 }
 
-TEST_F(Restore, PutsTheLicenceOfABackupBackWithoutAQuestionWhereThereIsNone)
+TEST_F(Restore, RestoresTheLicenceOfABackupWithoutAQuestionIfThereIsNone)
 {
     const std::string original { "\0licence\xff\n of ann", 17 };
     write(licence(), original);
@@ -277,7 +278,7 @@ TEST_F(Restore, PutsTheLicenceOfABackupBackWithoutAQuestionWhereThereIsNone)
     EXPECT_TRUE(fs::exists(archive));
 }
 
-TEST_F(Restore, ReplacesAnExistingLicenceOnceTheUserAgreed)
+TEST_F(Restore, ReplacesAnExistingLicenceOnceTheUserAgrees)
 {
     write(licence(), "the old licence");
     makeZip(archive, { { "folder/.licence", "the new licence" } });
@@ -291,7 +292,7 @@ TEST_F(Restore, ReplacesAnExistingLicenceOnceTheUserAgreed)
     EXPECT_EQ(newLines(), linesOfAttempt({ "License restored: " + licence().string() }));
 }
 
-TEST_F(Restore, DecliningToReplaceLeavesNoTrace)
+TEST_F(Restore, DecliningToReplaceChangesNothing)
 {
     write(licence(), "the old licence");
     makeZip(archive, { { ".licence", "the new licence" } });
@@ -304,7 +305,7 @@ TEST_F(Restore, DecliningToReplaceLeavesNoTrace)
     EXPECT_EQ(statusLine(), status) << "no scan";
 }
 
-TEST_F(Restore, OnlyReplaceReplacesWhateverOtherCodeTheAlertReturns)
+TEST_F(Restore, ReplacesOnlyIfTheAlertReturnsReplace)
 {
     static NSInteger code;
     static NSURL *chosen;
@@ -324,7 +325,7 @@ TEST_F(Restore, OnlyReplaceReplacesWhateverOtherCodeTheAlertReturns)
     }
 }
 
-TEST_F(Restore, TellsTheOutcomeInTheLogThenInTheAlertAndThenScans)
+TEST_F(Restore, LogsTheOutcomeThenShowsTheAlertAndThenScans)
 {
     makeZip(archive, { { ".licence", "the licence" } });
     Strings linesBehindTheAlert;
@@ -346,7 +347,7 @@ TEST_F(Restore, TellsTheOutcomeInTheLogThenInTheAlertAndThenScans)
     EXPECT_EQ(statusLine(), "Quorlen 3 detected. 1 related item(s) found. License detected.");
 }
 
-TEST_F(Restore, HandsTheArchiverTheChosenFileInFourArguments)
+TEST_F(Restore, PassesTheChosenFileToTheArchiverInFourArguments)
 {
     const StoppedClock clock(7);
     makeZip(archive, { { ".licence", "the licence" } });
@@ -387,7 +388,7 @@ TEST_F(Restore, MakesEveryFolderThatTheLicenceNeeds)
     fs::rename(aside, support);
 }
 
-TEST_F(Restore, TwiceInTheSameSecondDoesNoHarm)
+TEST_F(Restore, WorksTwiceInTheSameSecond)
 {
     const StoppedClock clock(7);
     makeZip(archive, { { "one/.licence", "the first" } });
@@ -400,7 +401,7 @@ TEST_F(Restore, TwiceInTheSameSecondDoesNoHarm)
     EXPECT_EQ(temporaryFolders(), Strings());
 }
 
-TEST_F(Restore, TakesAFolderOfTheNameToo)
+TEST_F(Restore, AcceptsAFolderOfThatNameToo)
 {
     makeZip(archive, { { "x/.licence/", "", "040700" }, { "x/.licence/inside", "a file" } });
 
@@ -410,7 +411,7 @@ TEST_F(Restore, TakesAFolderOfTheNameToo)
     EXPECT_EQ(contents(licence() / "inside"), "a file");
 }
 
-TEST_F(Restore, ReplacesAFolderOfTheNameWithAllThatIsInIt)
+TEST_F(Restore, ReplacesAFolderOfThatNameAndItsContents)
 {
     write(licence() / "inside", "a file");
     makeZip(archive, { { ".licence", "the licence" } });
@@ -420,7 +421,7 @@ TEST_F(Restore, ReplacesAFolderOfTheNameWithAllThatIsInIt)
     EXPECT_EQ(contents(licence()), "the licence");
 }
 
-TEST_F(Restore, RefusesAFileThatIsNoZip)
+TEST_F(Restore, RefusesAFileThatIsNotAZipArchive)
 {
     write(archive, "a text that is named like an archive");
     expectRefused("a text");
@@ -440,7 +441,7 @@ TEST_F(Restore, RefusesADamagedArchive)
     expectRefused("a byte is wrong");
 }
 
-TEST_F(Restore, RefusesAnArchiveThatMayNotBeRead)
+TEST_F(Restore, RefusesAnUnreadableArchive)
 {
     makeZip(archive, { { ".licence", "the new licence" } });
     fs::permissions(archive, fs::perms::none);
@@ -455,7 +456,7 @@ TEST_F(Restore, RefusesAnArchiveWithoutALicence)
     expectRefused("another name");
 }
 
-TEST_F(Restore, ThatIsRefusedMakesNoFolderForTheLicence)
+TEST_F(Restore, MakesNoFolderForTheLicenceWhenItRefusesTheArchive)
 {
     makeZip(archive, { { "readme.txt", "no licence" } });
 
@@ -465,14 +466,14 @@ TEST_F(Restore, ThatIsRefusedMakesNoFolderForTheLicence)
     EXPECT_EQ(newLines(), linesOfAttempt({ "License restore failed." }));
 }
 
-TEST_F(Restore, WhoseCopyFailsHasLostTheOldLicenceAndSaysWhy)
+TEST_F(Restore, LosesTheOldLicenceAndSaysWhyWhenTheCopyFails)
 {
     write(licence(), "the old licence");
-    makeZip(archive, { { ".licence", "nobody may read this", "0100000" } });
+    makeZip(archive, { { ".licence", "an unreadable licence", "0100000" } });
 
     EXPECT_EQ(restore(archive, { "Replace", "OK" }), (std::vector { replaceQuestion, notRestoredAlert }));
 
-    EXPECT_FALSE(fs::exists(licence())) << "it was removed before the copy";
+    EXPECT_FALSE(fs::exists(licence())) << "the old licence must be removed before the copy";
     EXPECT_EQ(temporaryFolders(), Strings());
     const auto lines = newLines();
     ASSERT_EQ(lines.size(), 4u);
@@ -481,7 +482,7 @@ TEST_F(Restore, WhoseCopyFailsHasLostTheOldLicenceAndSaysWhy)
     EXPECT_EQ(lines, linesOfAttempt({ lines[1], "License restore failed." }));
 }
 
-TEST_F(Restore, WhoseCopyFailsWithoutAnErrorSaysUnknownError)
+TEST_F(Restore, SaysUnknownErrorWhenTheCopyFailsWithoutAnError)
 {
     const SwizzledMethod copy(
         [NSFileManager class], @selector(copyItemAtPath:toPath:error:),
@@ -515,17 +516,17 @@ TEST_F(Restore, IsSkippedWithAReasonWhenTheArchiverCannotBeStarted)
     }
 }
 
-TEST_F(RestoreThatLosesItsWay, SaysUnknownErrorWhereTheExceptionGivesNoReason)
+TEST_F(RestoreWhoseSearchFails, SaysUnknownErrorIfTheExceptionHasNoReason)
 {
     makeZip(archive, { { ".licence", "the licence" } });
 
     EXPECT_EQ(restore(archive), std::vector { notRestoredAlert });
 
     EXPECT_EQ(newLines(), linesOfAttempt({ "License restore skipped: unknown error", "License restore failed." }));
-    EXPECT_EQ(temporaryFolders(), Strings()) << "cleaned up by the handler";
+    EXPECT_EQ(temporaryFolders(), Strings()) << "the handler must remove the folder";
 }
 
-TEST_F(RestoreWithAnotherThrow, LetsItPass)
+TEST_F(RestoreWithAnotherThrow, DoesNotCatchIt)
 {
     makeZip(archive, { { ".licence", "the licence" } });
     std::string caught;
@@ -539,14 +540,14 @@ TEST_F(RestoreWithAnotherThrow, LetsItPass)
     EXPECT_EQ(newLines(), Strings());
 }
 
-TEST_F(Search, FindsNothingWhereThereIsNothing)
+TEST_F(Search, FindsNothingInAnEmptyOrMissingFolder)
 {
     EXPECT_TRUE(foundNothing()) << "an empty folder";
     fs::remove_all(folder);
     EXPECT_TRUE(foundNothing()) << "no folder";
 }
 
-TEST_F(Search, TakesOnlyTheExactName)
+TEST_F(Search, FindsOnlyTheExactName)
 {
     for (const char *name : { ".license", ".LICENCE", ".licence2", "x.licence", "licence", ".licence.d/file" }) {
         write(folder / name, "");
@@ -557,7 +558,7 @@ TEST_F(Search, TakesOnlyTheExactName)
     EXPECT_EQ(found(), folder / "deep/deeper/.licence");
 }
 
-TEST_F(Search, TakesAFolderAndALinkToNothingToo)
+TEST_F(Search, FindsAFolderAndADanglingLinkToo)
 {
     fs::create_directories(folder / "a/.licence");
     EXPECT_EQ(found(), folder / "a/.licence");
@@ -567,7 +568,7 @@ TEST_F(Search, TakesAFolderAndALinkToNothingToo)
     EXPECT_EQ(found(), folder / ".licence");
 }
 
-TEST_F(Search, TakesTheFirstInTheOrderOfTheFileSystem)
+TEST_F(Search, FindsTheFirstInTheOrderOfTheFileSystem)
 {
     for (const char *name : { "m/.licence", "z/.licence", "a/.licence", "a/b/.licence" }) {
         write(folder / name, "");
@@ -585,16 +586,16 @@ TEST_F(Restore, SimpleAlertShowsItsTextsAndOneButton)
     EXPECT_EQ(answers.seen(), (std::vector { SeenPanel { { "A title", "A message" }, { "OK" } } }));
 }
 
-TEST_F(Restore, SimpleAlertShowsNothingForATextThatIsMissing)
+TEST_F(Restore, SimpleAlertShowsNothingForAMissingText)
 {
     static Strings shown;
     shown.clear();
     const SwizzledMethod message(
         [NSAlert class], @selector(setMessageText:),
-        +[](id, SEL, NSString *text) { shown.push_back(text == nil ? "nil" : utf8(text)); });
+        +[](id, SEL, NSString *text) { shown.push_back(text ? utf8(text) : "nil"); });
     const SwizzledMethod information(
         [NSAlert class], @selector(setInformativeText:),
-        +[](id, SEL, NSString *text) { shown.push_back(text == nil ? "nil" : utf8(text)); });
+        +[](id, SEL, NSString *text) { shown.push_back(text ? utf8(text) : "nil"); });
     AlertAnswers answers({ "OK" });
 
     [controller.get() showSimpleAlertWithTitle:nil message:nil];

@@ -9,7 +9,7 @@
 
 namespace fs = std::filesystem;
 
-/// Says on standard error what its log holds when the application ends.
+/// Prints its log on standard error when the application ends.
 @interface ControllerWithLastWords : AppDelegate
 - (void)removeAndBeGone;
 @end
@@ -52,14 +52,14 @@ class RestartThatIsGranted : public Completion
 protected:
     RestartThatIsGranted() : Completion([ControllerWithLastWords class])
     {
-        // The test goes on in a program of its own, since it ends with the application.
+        // The test continues in a new process, because the process ends with the application.
         GTEST_FLAG_SET(death_test_style, "threadsafe");
     }
 };
 
 }
 
-TEST_F(RemovalLogFile, IsNamedForTheSecondAndHoldsTheWholeLog)
+TEST_F(RemovalLogFile, IsNamedByTheSecondAndHasTheWholeLog)
 {
     const StoppedClock clock(secondsAt221412);
     log("a line");
@@ -71,7 +71,7 @@ TEST_F(RemovalLogFile, IsNamedForTheSecondAndHoldsTheWholeLog)
         "version: 1.0\nupdated: 2026.06.14\nReady.\na line\n");
 }
 
-TEST_F(RemovalLogFile, UsesTheClockOfDayAndNight)
+TEST_F(RemovalLogFile, UsesTheTwentyFourHourClock)
 {
     const StoppedClock clock(3 * 60 + 4);
 
@@ -107,11 +107,11 @@ TEST_F(RemovalLogFile, OfTheSameSecondIsReplacedAsAWhole)
     writeFile();
 
     EXPECT_EQ(contents(file), first + "later\n");
-    EXPECT_EQ(contents(link), first) << "a new file takes the place of the old one, which nobody sees half written";
+    EXPECT_EQ(contents(link), first) << "the tool must replace the file, not write into it";
     EXPECT_EQ(filesOfTheToolOnTheDesktop().size(), 2u);
 }
 
-TEST_F(RemovalLogFile, OfALaterSecondHoldsTheLinesOfTheFirst)
+TEST_F(RemovalLogFile, OfALaterSecondHasTheLinesOfTheFirst)
 {
     StoppedClock clock(secondsAt221412);
     writeFile();
@@ -126,7 +126,7 @@ TEST_F(RemovalLogFile, OfALaterSecondHoldsTheLinesOfTheFirst)
         contents(desktop() / "Quorlen-3-Removal-Log-20261115-221412.txt") + "later\n");
 }
 
-TEST_F(RemovalLogFile, IsSilentlyMissingWhereTheDesktopTakesNone)
+TEST_F(RemovalLogFile, IsSilentlyMissingIfTheDesktopCannotTakeIt)
 {
     for (const char *state : { "missing", "read-only", "full" }) {
         const Desktop staged(state);
@@ -135,11 +135,11 @@ TEST_F(RemovalLogFile, IsSilentlyMissingWhereTheDesktopTakesNone)
 
         EXPECT_EQ(newLines(), Strings()) << state;
         EXPECT_EQ(filesOfTheToolOnTheDesktop(), Strings()) << state;
-        EXPECT_EQ(fs::exists(desktop()), std::string(state) != "missing") << "the folder is not made";
+        EXPECT_EQ(fs::exists(desktop()), std::string(state) != "missing") << "the tool must not make the folder";
     }
 }
 
-TEST_F(RemovalLogFile, IsSilentlyMissingWhereThereIsNoDesktopAtAll)
+TEST_F(RemovalLogFile, IsSilentlyMissingIfThereIsNoDesktopFolder)
 {
     const NoDesktopFound none;
 
@@ -149,7 +149,7 @@ TEST_F(RemovalLogFile, IsSilentlyMissingWhereThereIsNoDesktopAtAll)
     EXPECT_EQ(filesOfTheToolOnTheDesktop(), Strings());
 }
 
-TEST_F(RemovalLogFile, FailingDoesNotMakeTheRemovalAFailure)
+TEST_F(RemovalLogFile, CanFailWithoutFailingTheRemoval)
 {
     const Desktop readOnly("read-only");
     write(locations()[10], "a log");
@@ -216,7 +216,7 @@ TEST_F(Completion, ARefusedRestartIsLoggedAndKeepsTheToolOpen)
     ASSERT_FALSE(newLines().empty());
     EXPECT_TRUE(newLines()[0].starts_with("Restart request failed: {"));
     EXPECT_NE(log().find("User canceled."), std::string::npos);
-    EXPECT_EQ(answers.seen().size(), 1u) << "nothing else is shown";
+    EXPECT_EQ(answers.seen().size(), 1u) << "another alert was shown";
     EXPECT_TRUE([[controller.get() window] isVisible]);
 }
 

@@ -1,4 +1,4 @@
-// A real removal for a user whose home directory's name carries what a shell could misread.
+// A real removal for a user whose home directory's name has characters that are special to a shell.
 
 #import "removal/AppDelegate+RemovalFlow.h"
 #import "tests/support/AlertAnswers.hpp"
@@ -11,8 +11,8 @@ namespace
 
 using OddHome = RoomTest;
 
-/// Everything in the places where the product and its neighbours live, and what it is; folders without their time,
-/// which changes with what is in them.
+/// Every entry in the folders of the product and of its neighbours, with its attributes. A folder has no time here: the
+/// time changes with the folder's contents.
 std::string inventory()
 {
     return run({ "find", "/Users", "/Applications", "/Library", "-type", "d", "-printf", "%p %m\n", "-o", "-name",
@@ -22,7 +22,7 @@ std::string inventory()
 
 }
 
-TEST_F(OddHome, LosesAllElevenLocationsAndNothingElseAndKeepsTheLicence)
+TEST_F(OddHome, LosesOnlyTheElevenLocationsAndKeepsABackupOfTheLicence)
 {
     const auto nothingInstalled = inventory();
     stage({ "plant", "--no-agent", "--no-daemon" });

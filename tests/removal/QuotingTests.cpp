@@ -3,9 +3,10 @@
 
 #include <gtest/gtest.h>
 
-// tests/fuzz has real readers undo both quotings of any text; here is what exactly is written.
+// These tests check the exact quoted text. tests/fuzz checks with real parsers that both quotings of any text can be
+// undone.
 
-TEST(ShellQuoting, OfNothingIsTwoQuotes)
+TEST(ShellQuoting, OfAnEmptyTextIsTwoQuotes)
 {
     EXPECT_EQ(shellQuoted(u""), u"''");
 }
@@ -21,7 +22,7 @@ TEST(ShellQuoting, EscapesNothingElse)
     EXPECT_EQ(shellQuoted(u"a b$(c)`d`\\\"\n\t~*"), u"'a b$(c)`d`\\\"\n\t~*'");
 }
 
-TEST(AppleScriptQuoting, OfNothingIsTwoQuotes)
+TEST(AppleScriptQuoting, OfAnEmptyTextIsTwoQuotes)
 {
     EXPECT_EQ(appleScriptQuoted(u""), uR"("")");
 }
@@ -34,7 +35,7 @@ TEST(AppleScriptQuoting, EscapesABackslashBeforeTheQuoteThatFollows)
 TEST(AppleScriptQuoting, WritesALineFeedAsAnEscapeAndNoOtherControlCharacter)
 {
     EXPECT_EQ(appleScriptQuoted(u"a\nb\tc\rd"), u"\"a\\nb\tc\rd\"");
-    EXPECT_EQ(appleScriptQuoted(u"\\n"), uR"("\\n")") << "a backslash and an n stay what they are";
+    EXPECT_EQ(appleScriptQuoted(u"\\n"), uR"("\\n")") << "a backslash and an n are not a line feed";
 }
 
 TEST(AppleScriptQuoting, OfTheRestartCommandOnlyAddsTheQuotes)

@@ -14,11 +14,11 @@ namespace fs = std::filesystem;
 
 namespace
 {
-/// What happened in a run, in order.
+/// The events of a run, in order.
 Strings events;
 }
 
-/// Notes when it is enabled and disabled.
+/// Records when it is enabled and disabled.
 @interface NotingButton : NSButton
 @end
 
@@ -30,7 +30,7 @@ Strings events;
 }
 @end
 
-/// Notes what it is asked to do, and does it.
+/// Records each call and passes it on.
 @interface NotingController : AppDelegate
 @end
 
@@ -121,7 +121,7 @@ protected:
     }
     void override() { [controller.get() overrideRemoveQuorlen3:nil]; }
 
-    /// Expects that a run ends as a failure whose log line shows this error, whatever its cause was.
+    /// Expects that a run fails and that its log line shows this error.
     void expectFailedRun(const std::string &error)
     {
         installLicence();
@@ -147,7 +147,7 @@ protected:
         EXPECT_NE(log().find("Removal encountered an error: " + error), std::string::npos) << log();
         EXPECT_EQ(enabledWhileReporting, std::pair(false, false));
 
-        EXPECT_EQ(contents(licence()), "the licence") << "the product is still there";
+        EXPECT_EQ(contents(licence()), "the licence") << "the product must stay";
         EXPECT_EQ(licenceInside(onlyArchive()), "the licence");
         EXPECT_EQ(filesOfTheToolOnTheDesktop().size(), 1u) << "no log file after a failure";
         EXPECT_EQ(enabled(), std::pair(true, true));
@@ -180,7 +180,7 @@ private:
 
 }
 
-TEST_F(RemovalFlow, TakesAwayTheProductKeepsTheLicenceAndTellsItsStory)
+TEST_F(RemovalFlow, RemovesTheProductKeepsTheLicenceAndLogsEachStep)
 {
     stage({ "plant", "--no-agent", "--no-daemon" });
     const auto installedLicence = contents(licence());
@@ -214,7 +214,7 @@ TEST_F(RemovalFlow, WithNothingInstalledShowsTheNotDetectedAlertThenScans)
     remove();
 
     EXPECT_EQ(answers.seen(), std::vector { notDetectedAlert });
-    EXPECT_EQ(statusBehindTheAlert, "Checking for Quorlen 3...") << "the scan comes after the alert";
+    EXPECT_EQ(statusBehindTheAlert, "Checking for Quorlen 3...") << "the scan must come after the alert";
     EXPECT_EQ(linesBehindTheAlert, Strings());
     EXPECT_EQ(statusLine(), "Quorlen 3 was not detected.");
     EXPECT_EQ(newLines(), nothingFoundLines);
@@ -250,7 +250,7 @@ TEST_F(RemovalFlow, NoticesThatTheProductAppearedSinceTheLastScan)
     EXPECT_FALSE(fs::exists(locations()[10]));
 }
 
-TEST_F(RemovalFlow, CancellingAConfirmationLeavesNoTrace)
+TEST_F(RemovalFlow, CancellingAConfirmationChangesNothing)
 {
     installLicence();
     scan();
@@ -282,7 +282,7 @@ TEST_F(RemovalFlow, CancellingTheOverrideLeavesTheRemoveButtonDisabled)
     EXPECT_EQ(newLines(), nothingFoundLines);
 }
 
-TEST_F(RemovalFlow, OnlyTheFirstButtonGoesOnWhateverOtherCodeAnAlertReturns)
+TEST_F(RemovalFlow, GoesOnOnlyIfAnAlertReturnsTheFirstButtonsCode)
 {
     static NSInteger code;
     const SwizzledMethod alert([NSAlert class], @selector(runModal), +[](id, SEL) { return code; });
@@ -297,7 +297,7 @@ TEST_F(RemovalFlow, OnlyTheFirstButtonGoesOnWhateverOtherCodeAnAlertReturns)
     }
 }
 
-TEST_F(RemovalFlow, OverrideRunsWhereNothingIsInstalled)
+TEST_F(RemovalFlow, OverrideRunsIfNothingIsInstalled)
 {
     AlertAnswers answers({ "Run Cleanup", "Restart Later" });
 
@@ -311,7 +311,7 @@ TEST_F(RemovalFlow, OverrideRunsWhereNothingIsInstalled)
     EXPECT_EQ(enabled(), std::pair(false, true));
 }
 
-TEST_F(RemovalFlow, OverrideWithTheProductInstalledStillSaysNotDetectedAndCleansAll)
+TEST_F(RemovalFlow, OverrideWithTheProductInstalledStillSaysNotDetectedAndRemovesAll)
 {
     stage({ "plant", "--locations", "1,3,6,11", "--no-agent", "--no-daemon" });
     scan();
@@ -381,7 +381,7 @@ TEST_F(RemovalFlow, ADismissedPromptIsAFailureLikeARefusal)
     EXPECT_NE(log().find("User canceled."), std::string::npos);
 }
 
-TEST_F(RemovalFlow, AShellThatEndsBadlyIsAFailureLikeARefusal)
+TEST_F(RemovalFlow, AShellThatFailsIsAFailureLikeARefusal)
 {
     const SwizzledMethod script(
         [AppDelegate class], @selector(cleanupShellScript),
@@ -396,7 +396,7 @@ TEST_F(RemovalFlow, AScriptObjectThatCannotBeMadeIsAFailureWithAnEmptyRecord)
     expectFailedRun(utf8([[NSDictionary dictionary] description]) + "\n");
 }
 
-TEST_F(RemovalFlow, RemovesAfterAllOnceTheRightsAreGranted)
+TEST_F(RemovalFlow, RemovesTheProductOnceTheRightsAreGranted)
 {
     installLicence();
     {

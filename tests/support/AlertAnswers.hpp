@@ -1,4 +1,4 @@
-/// Answers the modal panels that the code under test opens, by pressing their real buttons while they run.
+/// Answers the modal panels of the code under test by pressing their real buttons.
 #pragma once
 
 #import <Cocoa/Cocoa.h>
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// A modal panel as it stood on the screen.
+/// A modal panel as it was on the screen.
 struct SeenPanel {
     /// Its texts from top to bottom: an alert's message, then its informative text.
     std::vector<std::string> texts;
@@ -16,16 +16,16 @@ struct SeenPanel {
     std::vector<std::string> buttons;
 
     bool operator==(const SeenPanel &) const = default;
-    /// Says in a failing test what was seen.
+    /// Prints the panel in a failed test.
     friend void PrintTo(const SeenPanel &panel, std::ostream *stream);
 };
 
-/// While it lives, each modal panel that opens is noted and answered with the next of the given titles. A panel that
-/// finds no title left, or no button of that title, is a test failure, and is aborted so that the test goes on.
+/// Records each modal panel that opens during its own lifetime and presses the button with the next given title. If no
+/// title is left, or the panel has no such button, the test fails and the panel is aborted so that the test goes on.
 class AlertAnswers
 {
 public:
-    /// @param titles The buttons to press, one a panel, in order.
+    /// @param titles The buttons to press, in order, one for each panel.
     /// @param onPanel Called with each panel's number, from 0, while the panel is up and before its button is pressed.
     explicit AlertAnswers(std::vector<std::string> titles, std::function<void(std::size_t)> onPanel = {});
     ~AlertAnswers();

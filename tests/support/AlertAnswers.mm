@@ -13,14 +13,14 @@
 namespace
 {
 
-/// How many modal sessions have begun. It tells one panel from the next, which may be made at the same address: a panel
-/// stays modal for a moment after its button was pressed.
+/// The number of modal sessions that have begun. It distinguishes a panel from the next one, which may have the same
+/// address: a panel stays modal for a moment after its button is pressed.
 unsigned sessionsBegun;
 NSModalSession (*beginSession)(id, SEL, NSWindow *);
 
 NSModalSession beginCountedSession(id application, SEL selector, NSWindow *window)
 {
-    // Counted once the panel is up.
+    // The panel is up now.
     const NSModalSession session = beginSession(application, selector, window);
     ++sessionsBegun;
     return session;
@@ -48,7 +48,7 @@ void countSessions()
 
 - (id)initWithAnswer:(std::function<void(NSWindow *)>)answer
 {
-    if ((self = [super init]) != nil) {
+    if ((self = [super init])) {
         _answer = std::move(answer);
         _answered = sessionsBegun;
     }
@@ -61,7 +61,7 @@ void countSessions()
     if (_answered != sessionsBegun && [panel isVisible]) {
         _answered = sessionsBegun;
         _answer(panel);
-        wakeModalLoop(); // A press without a mouse brings no event.
+        wakeModalLoop(); // A press without a mouse makes no event.
     }
 }
 
@@ -76,7 +76,7 @@ void collect(NSView *view, NSMutableArray *texts, NSMutableArray *buttons)
         return;
     }
     if ([view isKindOfClass:[NSButton class]]) {
-        // The alert's picture is a button too.
+        // The alert's icon is a button too.
         if ([(NSButton *)view imagePosition] != NSImageOnly && [[(NSButton *)view title] length] > 0) {
             [buttons addObject:view];
         }
@@ -131,7 +131,7 @@ void AlertAnswers::answer(NSWindow *panel)
     for (NSView *field : fields) {
         seen.texts.push_back(utf8([(NSTextField *)field stringValue]));
     }
-    // The first button added stands rightmost.
+    // The button that was added first is at the right.
     std::vector<NSButton *> row;
     for (NSButton *button in buttons) {
         row.push_back(button);
@@ -153,8 +153,8 @@ void AlertAnswers::answer(NSWindow *panel)
             }
         }
     }
-    ADD_FAILURE() << "a panel opened that nobody answers: " << (seen.texts.empty() ? "" : seen.texts.front());
-    // Not abortModal: its exception ends in the timer.
+    ADD_FAILURE() << "an unexpected panel opened: " << (seen.texts.empty() ? "" : seen.texts.front());
+    // abortModal would not work: the timer catches its exception.
     [NSApp stopModalWithCode:NSRunAbortedResponse];
 }
 

@@ -1,10 +1,10 @@
-/// Has the platform report other folders than this machine's: a test program that compiles PlatformFolders.mm answers
-/// for the platform, with the platform's own answer unless a test asks for another.
+/// Lets a test replace the folders that the platform reports. PlatformFolders.mm replaces the platform's functions in
+/// the test program. They return the platform's own results unless a test sets another.
 #pragma once
 
 #include <string>
 
-/// While it lives, the user's home directory is reported as this one. One at a time.
+/// Reports another home directory of the user during its own lifetime. Only one may exist at a time.
 class ReportedHome
 {
 public:
@@ -13,11 +13,11 @@ public:
     ReportedHome(const ReportedHome &) = delete;
     ReportedHome &operator=(const ReportedHome &) = delete;
 
-    /// How often it has been asked for.
+    /// How often the home directory was requested.
     int timesAsked() const;
 };
 
-/// While it lives, the search for the Desktop folder finds none. One at a time.
+/// Makes the search for the Desktop folder find none during its own lifetime. Only one may exist at a time.
 class NoDesktopFound
 {
 public:

@@ -13,7 +13,7 @@ std::optional<std::string> reportedHome;
 int timesHomeWasAsked;
 bool noDesktop;
 
-/// The platform's own function of this name, which the one in this program hides.
+/// The platform's function, which this program's function of the same name hides.
 template <typename Function> Function *platforms(const char *name)
 {
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));

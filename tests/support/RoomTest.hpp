@@ -1,4 +1,4 @@
-/// The fixture of the tests that need a controller on a practice Mac, and functions that read the state of that Mac.
+/// The fixture of the tests of the product's folders, and functions that read the practice Mac's state.
 #pragma once
 
 #import "app/AppDelegate.h"

@@ -15,7 +15,7 @@ const Strings nothingFoundLines {
 namespace
 {
 
-/// The entries of a folder that carry the name of one of the tool's files; none when there is no such folder.
+/// The entries of a folder that are named like the tool's files. Empty if the folder does not exist.
 Strings filesOfTheTool(const fs::path &folder)
 {
     Strings names;
@@ -87,7 +87,7 @@ Staged::~Staged()
 
 void RoomTest::SetUp()
 {
-    ASSERT_TRUE(fs::exists("/opt/practice/stage")) << "this program belongs in a practice Mac";
+    ASSERT_TRUE(fs::exists("/opt/practice/stage")) << "this program runs only in a practice Mac";
     removeProduct();
     for (const auto &folder : { desktop(), temporaryFolder() }) {
         for (const auto &name : filesOfTheTool(folder)) {
@@ -164,7 +164,7 @@ fs::path temporaryFolder()
 std::string licenceInside(const fs::path &archive)
 {
     const auto listing = run({ "/usr/bin/bsdtar", "-tf", archive });
-    EXPECT_EQ(listing.status, 0) << archive << " is no archive";
+    EXPECT_EQ(listing.status, 0) << archive << " is not an archive";
     Strings entries;
     std::istringstream names(listing.output);
     for (std::string name; std::getline(names, name);) {

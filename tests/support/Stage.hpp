@@ -1,4 +1,4 @@
-/// Hands for staging: text conversion, files, commands, and the practice Mac's own staging verbs.
+/// Helpers of the tests: text conversion, files, commands, and the practice Mac's staging verbs.
 #pragma once
 
 #import <Cocoa/Cocoa.h>
@@ -14,7 +14,7 @@ std::string utf8(NSString *text);
 /// A platform string of UTF-8 text.
 NSString *ns(const std::string &text);
 
-/// What a command printed on standard output, and its exit status.
+/// A command's standard output and exit status.
 struct CommandOutput {
     int status;
     std::string output;
@@ -24,21 +24,20 @@ struct CommandOutput {
 CommandOutput run(const std::vector<std::string> &command);
 
 /// Runs a staging verb of the practice Mac as root ("plant --locations 1,4", "rights refused", "tool ditto fails",
-/// "desktop missing"); a verb that fails is a test failure.
+/// "desktop missing"). If it fails, the test fails.
 void stage(const std::vector<std::string> &verb);
 
 /// The home directory of the user who runs the tests: the practice Mac's ann.
 std::filesystem::path home();
 
-/// A file's bytes; a file that can't be read is a test failure.
+/// A file's bytes. If the file cannot be read, the test fails.
 std::string contents(const std::filesystem::path &file);
 
-/// Writes a file, making its folders.
+/// Writes a file and makes its folders.
 void write(const std::filesystem::path &file, const std::string &bytes);
 
-/// Handles events as the main loop does until a condition holds; gives up after a generous while. Returns whether it
-/// holds.
+/// Handles events as the main loop does until a condition holds or a time limit passes. Returns whether it holds.
 bool handleEventsUntil(const std::function<bool()> &condition);
 
-/// Makes a modal loop look whether it has been told to end, which it does only after an event.
+/// Posts an event to a modal loop. Only after an event does the loop check whether it must end.
 void wakeModalLoop();

@@ -11,7 +11,7 @@
 
 std::string utf8(NSString *text)
 {
-    return text == nil ? std::string() : std::string([text UTF8String]);
+    return text ? std::string([text UTF8String]) : std::string();
 }
 
 NSString *ns(const std::string &text)
@@ -97,7 +97,7 @@ bool handleEventsUntil(const std::function<bool()> &condition)
                                                 untilDate:[NSDate dateWithTimeIntervalSinceNow:0.01]
                                                    inMode:NSDefaultRunLoopMode
                                                   dequeue:YES];
-            if (event != nil) {
+            if (event) {
                 [NSApp sendEvent:event];
             }
         }

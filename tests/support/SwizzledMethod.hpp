@@ -1,4 +1,4 @@
-/// Faults and moments that no staging brings the platform to.
+/// Sets up faults and times that a test cannot stage on the practice Mac.
 #pragma once
 
 #import <Cocoa/Cocoa.h>
@@ -10,13 +10,13 @@
 
 #include <gtest/gtest.h>
 
-/// Stands in the place of a method while it lives.
+/// Replaces a method for its own lifetime.
 class SwizzledMethod
 {
 public:
     /// @param type The class that answers the message; for a class method, its metaclass.
     /// @param selector The method.
-    /// @param function What answers instead: it takes the receiver and the selector before the method's own arguments.
+    /// @param function The replacement. It takes the receiver and the selector before the method's own arguments.
     template <typename Function>
     SwizzledMethod(Class type, SEL selector, Function *function) :
         _method(class_getInstanceMethod(type, selector)),
@@ -33,14 +33,14 @@ private:
     const IMP _original;
 };
 
-/// While it lives, the current moment is the one it was given. One at a time.
+/// Stops the clock at a given time for its own lifetime. Only one may exist at a time.
 class StoppedClock
 {
 public:
-    /// @param seconds Since the turn of 2026-11-15, local time.
+    /// @param seconds Seconds since midnight at the start of 2026-11-15, local time.
     explicit StoppedClock(int seconds) { moveTo(seconds); }
 
-    /// Goes to another second.
+    /// Sets the clock to another second.
     void moveTo(int seconds)
     {
         std::tm midnight {};
@@ -51,7 +51,7 @@ public:
         _now = static_cast<double>(std::mktime(&midnight)) + seconds;
         _step = 0;
     }
-    /// From now on each reading of the clock moves it on by a second.
+    /// From now on each reading of the clock advances it by one second.
     static void moveOnAtEachReading() { _step = 1; }
 
 private:
@@ -63,12 +63,13 @@ private:
     };
 };
 
-/// While it lives, no script object can be made; what the last one should have run is kept. One at a time.
+/// Prevents the creation of script objects for its own lifetime and keeps the last source. Only one may exist at a
+/// time.
 class NoScripts
 {
 public:
     NoScripts() { _source.clear(); }
-    /// The source of the last script that was asked for.
+    /// The source of the last requested script.
     [[nodiscard]] static const std::string &source() { return _source; }
 
 private:

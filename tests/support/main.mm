@@ -1,4 +1,4 @@
-// The entry of every test program: a real application object, and an autorelease pool around each test.
+// The main function of every test program: a real application object, and an autorelease pool around each test.
 
 #import <Cocoa/Cocoa.h>
 
@@ -29,12 +29,11 @@ int main(int argc, char **argv)
 {
     @autoreleasepool {
         testing::InitGoogleTest(&argc, argv);
-        // A C++ catch around Objective-C frames breaks on Debian's runtime; an exception nobody expected ends the
-        // program.
+        // A C++ catch around Objective-C frames breaks on Debian's runtime. An unexpected exception ends the program.
         GTEST_FLAG_SET(catch_exceptions, false);
         testing::UnitTest::GetInstance()->listeners().Append(new PoolPerTest);
         [[NSApplication sharedApplication] finishLaunching];
-        // In the place of AppKit's, which asks in a panel that nobody here would answer.
+        // Replaces AppKit's handler, which asks in a panel that no one would answer here.
         NSSetUncaughtExceptionHandler(&endWithReason);
         return RUN_ALL_TESTS();
     }

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-/// Notes the key presses and mouse moves that reach it as the window's first responder.
+/// Records the key presses and mouse moves that reach it as the window's first responder.
 @interface NotingView : NSView {
 @public
     std::vector<NSEvent *> _seen; // Owned by the event queue's pool: compare, don't message.
@@ -36,7 +36,7 @@ namespace
 class OverrideReveal : public testing::Test
 {
 protected:
-    // One window for all tests: the window manager takes its time to give a new one the keyboard.
+    // One window for all tests: the window manager is slow to focus a new one.
     static void SetUpTestSuite()
     {
         controller = new Retained<AppDelegate>(adopt([[AppDelegate alloc] init]));
@@ -64,7 +64,7 @@ protected:
     static bool removeShown() { return ![[it() removeButton] isHidden]; }
     static bool overrideShown() { return ![[it() overrideButton] isHidden]; }
     static std::string focusedTitle() { return run({ "xdotool", "getwindowfocus", "getwindowname" }).output; }
-    /// A view that has the window's keyboard.
+    /// A view that is the window's first responder.
     static NotingView *addNotingView()
     {
         NotingView *view = [[[NotingView alloc] initWithFrame:NSMakeRect(0, 0, 560, 430)] autorelease];
@@ -77,7 +77,7 @@ protected:
         [[it() window] makeFirstResponder:nil];
         [view removeFromSuperview];
     }
-    /// Presses a key that is handled after all that was pressed before it, and handles events until it has arrived.
+    /// Presses a marker key and handles events until it arrives. All earlier key presses are handled then.
     static void handleEverythingPressed()
     {
         NotingView *view = addNotingView();
@@ -85,7 +85,7 @@ protected:
         EXPECT_TRUE(handleEventsUntil([view] { return !view->_seen.empty(); }));
         removeNotingView(view);
     }
-    /// A movement of the pointer that no real pointer made.
+    /// A synthetic mouse move.
     static NSEvent *mouseMoved()
     {
         return [NSEvent mouseEventWithType:NSMouseMoved
@@ -107,7 +107,7 @@ Retained<AppDelegate> *OverrideReveal::controller;
 
 }
 
-TEST_F(OverrideReveal, ShowsTheOverrideInTheRemoveButtonsPlaceWhileShiftIsHeld)
+TEST_F(OverrideReveal, ShowsTheOverrideInsteadOfTheRemoveButtonWhileShiftIsHeld)
 {
     for (const char *shift : { "Shift_L", "Shift_R" }) {
         EXPECT_TRUE(removeShown());
@@ -137,7 +137,7 @@ TEST_F(OverrideReveal, ChangesNothingWhileTheProductIsDetected)
     EXPECT_FALSE(overrideShown());
 }
 
-TEST_F(OverrideReveal, DependsOnShiftAloneWhateverOtherModifierIsHeld)
+TEST_F(OverrideReveal, DependsOnShiftAndOnNoOtherModifier)
 {
     for (const char *key : { "Caps_Lock", "Control_L", "Alt_L", "Super_L" }) { // Control, Option and Command
         run({ "xdotool", "keydown", key });
@@ -156,7 +156,7 @@ TEST_F(OverrideReveal, DependsOnShiftAloneWhateverOtherModifierIsHeld)
     run({ "xdotool", "key", "Caps_Lock" }); // off again
 }
 
-TEST_F(OverrideReveal, WaitsForTheNextEventOfThisApplicationWhileAnotherOneIsInFront)
+TEST_F(OverrideReveal, WaitsForTheNextEventOfThisApplicationWhileAnotherIsInFront)
 {
     const auto other = run({ "sh", "-c", "xev -name Other -event keyboard >/tmp/xev.txt & echo $!" }).output;
     run({ "timeout", "20", "xdotool", "search", "--sync", "--name", "^Other$", "windowactivate" });
@@ -173,7 +173,7 @@ TEST_F(OverrideReveal, WaitsForTheNextEventOfThisApplicationWhileAnotherOneIsInF
     EXPECT_TRUE(handleEventsUntil([] { return [[it() window] isKeyWindow] && focusedTitle() != "Other\n"; }));
 }
 
-TEST_F(OverrideReveal, HidesTheOverrideWhenAScanFindsTheProductThoughShiftIsHeld)
+TEST_F(OverrideReveal, HidesTheOverrideWhenAScanFindsTheProductEvenIfShiftIsHeld)
 {
     run({ "xdotool", "keydown", "Shift_L" });
     ASSERT_TRUE(handleEventsUntil([] { return overrideShown(); }));
@@ -185,7 +185,7 @@ TEST_F(OverrideReveal, HidesTheOverrideWhenAScanFindsTheProductThoughShiftIsHeld
     EXPECT_FALSE(overrideShown());
 }
 
-TEST_F(OverrideReveal, LeavesTitlesEnabledStatesStatusAndLogAlone)
+TEST_F(OverrideReveal, DoesNotChangeTitlesEnabledStatesStatusOrLog)
 {
     [[it() removeButton] setEnabled:NO];
     const auto log = utf8([[it() logView] string]);
@@ -202,7 +202,7 @@ TEST_F(OverrideReveal, LeavesTitlesEnabledStatesStatusAndLogAlone)
     EXPECT_EQ(utf8([[it() statusLabel] stringValue]), status);
 }
 
-TEST_F(OverrideReveal, PassesTheVeryEventOnToTheWindow)
+TEST_F(OverrideReveal, PassesTheSameEventOnToTheWindow)
 {
     NotingView *view = addNotingView();
     NSEvent *key = [NSEvent keyEventWithType:NSKeyDown
@@ -240,9 +240,9 @@ TEST_F(OverrideReveal, PassesEventsOnAfterTheControllerIsGone)
     [NSEvent removeMonitor:monitor.get()];
 }
 
-TEST_F(OverrideReveal, AsksForTheKeysAsTheyAreHeldNowAtAMouseMove)
+TEST_F(OverrideReveal, ReadsTheKeysThatAreHeldNowAtAMouseMove)
 {
-    // Shift pressed where no event tells of it: while the program handles nothing.
+    // Presses Shift while the program handles no events, so that no event reports it.
     run({ "xdotool", "keydown", "Shift_L" });
     ASSERT_FALSE(overrideShown());
 

@@ -8,7 +8,7 @@ using SupportPage = RoomTest;
 const std::string browser = "/usr/bin/xdg-open";
 }
 
-TEST_F(SupportPage, OpensInTheBrowserWithoutAWordInTheLog)
+TEST_F(SupportPage, OpensInTheBrowserAndLogsNothing)
 {
     const auto before = callsOf(browser).size();
 

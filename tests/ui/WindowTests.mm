@@ -17,7 +17,7 @@ protected:
     NSWindow *window() const { return [controller.get() window]; }
     NSArray *views() const { return [[window() contentView] subviews]; }
     /// A view by its number in the window's table, counted from 1. The log view is the scroll view's document view, so
-    /// that the table's sixth and seventh lines are one subview.
+    /// the table's sixth and seventh rows are one subview.
     id view(int number) const
     {
         return number == 7 ? [[view(6) documentView] self]
@@ -74,9 +74,9 @@ TEST_F(Window, IsTitledClosableAndMiniaturizableButNotResizable)
     EXPECT_EQ(content.size.height, 430);
 }
 
-TEST_F(Window, IsAskedForWithItsContentBufferedAtOnceAndNotRestored)
+TEST_F(Window, IsMadeAtOnceBufferedAndNotRestorable)
 {
-    // GNUstep's window doesn't tell: that this is asked for shows in the calls alone.
+    // GNUstep's window does not report these settings, so the test records the calls.
     static std::vector<NSUInteger> asked;
     asked.clear();
     {
@@ -98,11 +98,11 @@ TEST_F(Window, IsAskedForWithItsContentBufferedAtOnceAndNotRestored)
     EXPECT_EQ(asked, (std::vector<NSUInteger> { NO, NSBackingStoreBuffered, NO }));
 }
 
-TEST_F(Window, StandsInTheMiddleInFrontAsTheKeyWindow)
+TEST_F(Window, IsCenteredInFrontAndKey)
 {
     const NSRect screen = [[NSScreen mainScreen] frame];
     EXPECT_TRUE([window() isVisible]);
-    EXPECT_TRUE([window() isKeyWindow]) << "before the window manager has a say";
+    EXPECT_TRUE([window() isKeyWindow]) << "it is key before the window manager decides";
     EXPECT_NEAR(NSMidX([window() frame]), NSMidX(screen), 8);
     EXPECT_GE(NSMidY([window() frame]), NSMidY(screen) - 8);
 }
@@ -123,7 +123,7 @@ TEST_F(Window, HoldsItsViewsInTheirOrder)
     expectFrame(view(12), 434, 28, 90, 36);
 }
 
-TEST_F(Window, LeavesImageViewsEmptyWhereTheApplicationHasNoImages)
+TEST_F(Window, LeavesImageViewsEmptyIfTheApplicationHasNoImages)
 {
     for (int number : { 1, 2 }) {
         EXPECT_TRUE([view(number) isKindOfClass:[NSImageView class]]);
@@ -142,7 +142,7 @@ TEST_F(Window, SaysWhatItIsAndWhatItDoes)
     EXPECT_EQ([controller.get() statusLabel], view(5));
 }
 
-TEST_F(Window, ShowsALogToReadAndCopyFromButNotToTypeInto)
+TEST_F(Window, ShowsALogThatCanBeReadAndCopiedButNotEdited)
 {
     NSScrollView *scrollView = view(6);
     EXPECT_TRUE([scrollView hasVerticalScroller]);
@@ -217,7 +217,7 @@ TEST_F(Window, SurvivesBeingClosed)
     EXPECT_EQ(utf8([kept title]), "Quorlen 3 Removal Tool");
 }
 
-/// Gives the application an image of a name while it lives.
+/// Registers an image under a name for its own lifetime.
 class NamedImage
 {
 public:
@@ -229,7 +229,7 @@ private:
     const Retained<NSImage> _image = adopt([[NSImage alloc] initWithSize:NSMakeSize(8, 8)]);
 };
 
-TEST_F(Window, ShowsTheRemovalIconElseTheProductsOwnAndTheWordmark)
+TEST_F(Window, ShowsTheRemovalIconOrElseTheProductsIconAndTheWordmark)
 {
     const NamedImage product(@"icon_2024");
     {
@@ -241,10 +241,10 @@ TEST_F(Window, ShowsTheRemovalIconElseTheProductsOwnAndTheWordmark)
     const NamedImage removal(@"icon_removal_2024");
     [controller.get() buildWindow];
     EXPECT_EQ([(NSImageView *)view(1) image], removal.get());
-    EXPECT_EQ([(NSImageView *)view(2) image], nil) << "nothing stands in for a missing wordmark";
+    EXPECT_EQ([(NSImageView *)view(2) image], nil) << "nothing replaces a missing wordmark";
 }
 
-TEST(Label, OfNoTextIsEmpty)
+TEST(Label, WithoutTextIsEmpty)
 {
     const auto controller = adopt([[AppDelegate alloc] init]);
     NSFont *font = [NSFont systemFontOfSize:12];
@@ -253,7 +253,7 @@ TEST(Label, OfNoTextIsEmpty)
     given.clear();
     const SwizzledMethod note(
         [NSControl class], @selector(setStringValue:),
-        +[](id, SEL, NSString *text) { given.push_back(text == nil ? "nil" : utf8(text)); });
+        +[](id, SEL, NSString *text) { given.push_back(text ? utf8(text) : "nil"); });
 
     NSTextField *label = [controller.get() labelWithFrame:NSMakeRect(1, 2, 3, 4)
                                                      text:nil
@@ -265,7 +265,7 @@ TEST(Label, OfNoTextIsEmpty)
     expectFrame(label, 1, 2, 3, 4);
 }
 
-TEST(Label, KeepsThePlatformsDefaultsForAllElse)
+TEST(Label, KeepsThePlatformsOtherDefaults)
 {
     const auto controller = adopt([[AppDelegate alloc] init]);
     const auto plain = adopt([[NSTextField alloc] initWithFrame:NSMakeRect(0, 0, 100, 20)]);
