@@ -7,16 +7,16 @@
 
 #include <vector>
 
-/// GNUstep's own, which no header declares.
+/// GNUstep's own methods, which no header declares.
 @interface NSAlert (GNUstep)
-/// Makes the window, as running the alert does.
+/// Makes the window, as `runModal` does.
 - (void)_setupPanel;
 @end
 
 namespace
 {
 
-/// An alert that has laid itself out; it is not shown.
+/// An alert with its layout done. It is not shown.
 struct LaidOutAlert : testing::Test {
     Retained<NSAlert> alert = adopt([[NSAlert alloc] init]);
 
@@ -63,16 +63,16 @@ struct LaidOutAlert : testing::Test {
     }
 };
 
-} // namespace
+}
 
-TEST_F(LaidOutAlert, KeepsItsPartsApartAndWithinTheWindow)
+TEST_F(LaidOutAlert, DoesNotOverlapItsViewsAndKeepsThemInTheWindow)
 {
     NSString *const sentence = @"Hold this to be a rather long sentence about what is going to happen next. ";
     NSWindow *window = layOut(@"Quorlen 3 has been removed successfully.",
         [@"" stringByPaddingToLength:400 withString:sentence startingAtIndex:0],
         @[ @"Restart Now", @"Restart Later", @"A title that is longer than most" ]);
     std::vector<NSView *> all = views([NSView class]);
-    ASSERT_EQ(all.size(), 6u) << "icon, two texts, three buttons";
+    ASSERT_EQ(all.size(), 6u) << "expected an icon, two texts and three buttons";
     for (size_t i = 0; i < all.size(); ++i) {
         EXPECT_TRUE(NSContainsRect([[window contentView] bounds], [all[i] frame])) << i;
         for (size_t j = 0; j < i; ++j) {
@@ -81,7 +81,7 @@ TEST_F(LaidOutAlert, KeepsItsPartsApartAndWithinTheWindow)
     }
 }
 
-TEST_F(LaidOutAlert, ShowsItsTextsWhole)
+TEST_F(LaidOutAlert, ShowsItsTextsInFull)
 {
     NSString *const informative = @"This tool removes Quorlen 3 and related support files from this Mac.";
     layOut(@"Remove Quorlen 3?", informative, @[ @"Remove Quorlen 3", @"Cancel" ]);
@@ -102,7 +102,7 @@ TEST_F(LaidOutAlert, HasItsFirstButtonRightmostAndDefault)
     EXPECT_EQ([button(@"Remove") imagePosition], NSNoImage);
 }
 
-TEST_F(LaidOutAlert, BearsTheProgramsName)
+TEST_F(LaidOutAlert, HasTheProgramsNameAsTitle)
 {
     NSWindow *window = layOut(@"A question", @"", @[ @"OK" ]);
     EXPECT_EQ(utf8([window title]), utf8([[NSProcessInfo processInfo] processName]));

@@ -12,7 +12,7 @@
 namespace
 {
 
-/// How light a colour is, from 0 to 1.
+/// The lightness of a colour, from 0 to 1.
 double lightness(NSColor *color)
 {
     NSColor *rgb = [color colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
@@ -25,7 +25,7 @@ bool isBlue(NSColor *color)
     return [rgb blueComponent] > [rgb redComponent] + 0.3;
 }
 
-/// The colour in which a view shows at a place in it, in its own coordinates.
+/// The colour of a view at a point, in the view's coordinates.
 NSColor *pixel(NSView *view, NSPoint place)
 {
     [[view window] display];
@@ -50,7 +50,7 @@ struct ShownButton {
     NSColor *colorInside() { return pixel(button.get(), NSMakePoint(20, 18)); }
 };
 
-} // namespace
+}
 
 TEST(Appearance, IsLight)
 {
@@ -61,7 +61,7 @@ TEST(Appearance, IsLight)
     EXPECT_NEAR(lightness(pixel([shown.window() contentView], NSMakePoint(5, 5))), 0.925, 0.01);
 }
 
-TEST(Appearance, StaysWhenADefaultChanges)
+TEST(Appearance, DoesNotChangeWhenADefaultChanges)
 {
     GSTheme *const theme = [GSTheme theme];
     [[NSUserDefaults standardUserDefaults] setObject:@"/" forKey:@"NSDefaultOpenDirectory"];
@@ -71,7 +71,7 @@ TEST(Appearance, StaysWhenADefaultChanges)
     [[NSUserDefaults standardUserDefaults] synchronize];
 }
 
-TEST(Appearance, ShowsWhatAButtonIs)
+TEST(Appearance, ShowsAButtonsState)
 {
     ShownButton shown;
     const double enabled = lightness(shown.colorInside());
@@ -81,20 +81,20 @@ TEST(Appearance, ShowsWhatAButtonIs)
     [[shown.button.get() cell] setHighlighted:NO];
     [shown.button.get() setKeyEquivalent:@"\r"];
     EXPECT_TRUE(isBlue(shown.colorInside())) << "the default button";
-    EXPECT_FALSE([shown.button.get() image]) << "no picture of a key";
+    EXPECT_FALSE([shown.button.get() image]) << "the button must not show a key symbol";
     [shown.button.get() setEnabled:NO];
     EXPECT_FALSE(isBlue(shown.colorInside())) << "disabled";
     EXPECT_LT(lightness(shown.colorInside()), enabled);
 }
 
-TEST(Appearance, DrawsAButtonAtAHeightOfItsOwn)
+TEST(Appearance, DrawsAButtonAtItsOwnHeight)
 {
     ShownButton shown;
     EXPECT_EQ(lightness(pixel(shown.button.get(), NSMakePoint(70, 7))), 1);
     EXPECT_NEAR(lightness(pixel(shown.button.get(), NSMakePoint(70, 1))), 0.925, 0.01);
 }
 
-/// Notes whether a button is drawn pressed while it acts.
+/// Records whether a button is drawn pressed during its action.
 @interface PressNoter : NSObject {
 @public
     bool pressed;
@@ -145,7 +145,7 @@ TEST(Appearance, ShowsAKnobOnlyWhenThereIsSomethingToScroll)
     EXPECT_EQ(lightness(pixel(scroller.get(), NSMakePoint(6, 40))), 1);
 }
 
-TEST(Appearance, DrawsPicturesThatAreNoBitmaps)
+TEST(Appearance, DrawsVectorPictures)
 {
     const TestWindow shown;
     const auto view = adopt([[NSImageView alloc] initWithFrame:NSMakeRect(50, 50, 16, 15)]);
@@ -162,15 +162,15 @@ TEST(ToolTip, ShowsItsLastWord)
             initWithString:@"Run cleanup even though Quorlen 3 was not detected"
                 attributes:@ { NSFontAttributeName : [NSFont toolTipsFontOfSize:fontSize] }]);
         const NSSize size = [text.get() size];
-        // The window, sized as GNUstep does it when the pointer rests. The X server gives it whole pixels: less than
-        // the text may take.
+        // Sizes the window as GNUstep does when the pointer rests. The X server rounds the size to whole pixels, which
+        // may be less than the text needs.
         const auto tip = adopt(static_cast<NSPanel *>(
             [[NSClassFromString(@"GSTTPanel") alloc] initWithContentRect:NSMakeRect(0, 0, 100, 25)
                                                                styleMask:NSBorderlessWindowMask
                                                                  backing:NSBackingStoreBuffered
                                                                    defer:YES]));
         [tip.get() setFrame:NSMakeRect(100, 100, std::floor(size.width) + 4, std::floor(size.height) + 4) display:NO];
-        // The view in it, on the screen in another window: the tip's own would take the keyboard from it.
+        // Shows the tip's view in another window: the tip's own window would take the focus from it.
         NSView *inTip = [tip.get() contentView];
         const auto view = adopt([[[inTip class] alloc] initWithFrame:[inTip bounds]]);
         [view.get() performSelector:@selector(setText:) withObject:text.get()];
@@ -182,7 +182,7 @@ TEST(ToolTip, ShowsItsLastWord)
             }
         }
         EXPECT_TRUE(inkOfLastWord) << "in size " << fontSize << " of width " << size.width;
-        [view.get() performSelector:@selector(setText:) withObject:nil]; // It keeps its text when it goes.
+        [view.get() performSelector:@selector(setText:) withObject:nil]; // The view is shared and keeps its text.
         [view.get() removeFromSuperview];
     }
 }

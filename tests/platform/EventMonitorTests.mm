@@ -31,7 +31,7 @@ NSEvent *keyDown(NSWindow *window, NSString *characters)
     return keyEvent(NSKeyDown, window, characters);
 }
 
-/// An installed monitor that is removed at the end of its scope, if it was not before.
+/// An installed monitor. Its destructor removes it unless it was removed before.
 class Monitor
 {
 public:
@@ -59,14 +59,24 @@ struct EventMonitors : testing::Test {
     void dispatch(NSEvent *event) { [NSApp sendEvent:event]; }
 };
 
-} // namespace
+/// A monitor whose handler captures an object and a C++ value. The block on this function's stack holds them only until
+/// this function returns.
+std::unique_ptr<Monitor> monitorHolding(NSObject *object, std::shared_ptr<int> value)
+{
+    return std::make_unique<Monitor>(NSEventMaskKeyDown, ^(NSEvent *event) {
+        EXPECT_TRUE(object && *value == 1);
+        return event;
+    });
+}
+
+}
 
 TEST_F(EventMonitors, ShowAnEventToTheHandlerAndThenToItsWindow)
 {
     Events *const byMonitor = seenByMonitor;
     NotingView *const view = shown.view();
     const Monitor monitor(NSEventMaskKeyDown, ^(NSEvent *event) {
-        EXPECT_TRUE(view->seen.empty()) << "the window got it first";
+        EXPECT_TRUE(view->seen.empty()) << "the window got the event before the handler";
         byMonitor->push_back(event);
         return event;
     });
@@ -76,7 +86,7 @@ TEST_F(EventMonitors, ShowAnEventToTheHandlerAndThenToItsWindow)
     EXPECT_EQ(view->seen, Events { event });
 }
 
-TEST_F(EventMonitors, AreLeftAloneByEventsThatTheirMaskLacks)
+TEST_F(EventMonitors, IgnoreEventsThatAreNotInTheirMask)
 {
     Events *const byMonitor = seenByMonitor;
     const Monitor monitor(NSEventMaskMouseMoved | NSEventMaskFlagsChanged, ^(NSEvent *event) {
@@ -115,7 +125,7 @@ TEST_F(EventMonitors, ReplaceAnEventForLaterMonitorsAndTheWindow)
     EXPECT_EQ(shown.view()->seen, Events { replacement });
 }
 
-TEST_F(EventMonitors, JudgeAReplacementByItsOwnType)
+TEST_F(EventMonitors, MatchAReplacementByItsOwnType)
 {
     Events *const byLater = seenByLater;
     NSEvent *const replacement = keyEvent(NSFlagsChanged, shown.window(), @"");
@@ -159,7 +169,7 @@ TEST_F(EventMonitors, MayRemoveThemselvesInTheirOwnHandler)
         token = [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown
                                                       handler:^(NSEvent *event) {
                                                           [NSEvent removeMonitor:token];
-                                                          // What the handler holds must live until it returns.
+                                                          // The handler's captures must live until it returns.
                                                           EXPECT_EQ(*captured, 7);
                                                           ++*counted;
                                                           return event;
@@ -168,11 +178,11 @@ TEST_F(EventMonitors, MayRemoveThemselvesInTheirOwnHandler)
         dispatch(keyDown(shown.window(), @"j"));
     }();
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(captured.use_count(), 1) << "the removed handler was not dropped";
+    EXPECT_EQ(captured.use_count(), 1) << "the removed handler was not released";
     EXPECT_EQ(shown.view()->seen.size(), 2U);
 }
 
-TEST_F(EventMonitors, AreNotCalledAnyMoreWhenAnEarlierHandlerRemovesThem)
+TEST_F(EventMonitors, AreNotCalledAfterAnEarlierHandlerRemovesThem)
 {
     __block id laterToken = nil;
     Events *const byLater = seenByLater;
@@ -221,7 +231,7 @@ TEST_F(EventMonitors, MayBeRemovedTwiceAndNilMayBeRemoved)
     EXPECT_EQ(shown.view()->seen.size(), 1U);
 }
 
-TEST_F(EventMonitors, HoldAWeakReferenceThatKeepsNothingAlive)
+TEST_F(EventMonitors, CanHoldAWeakReference)
 {
     auto owner = std::make_shared<int>(1);
     std::string found;
@@ -238,17 +248,7 @@ TEST_F(EventMonitors, HoldAWeakReferenceThatKeepsNothingAlive)
     EXPECT_EQ(found, "yn");
 }
 
-/// A monitor whose handler holds an object and a C++ value. The block as it is written here holds them only until this
-/// returns.
-static std::unique_ptr<Monitor> monitorHolding(NSObject *object, std::shared_ptr<int> value)
-{
-    return std::make_unique<Monitor>(NSEventMaskKeyDown, ^(NSEvent *event) {
-        EXPECT_TRUE(object && *value == 1);
-        return event;
-    });
-}
-
-TEST_F(EventMonitors, DropWhatTheirHandlerHoldsWhenTheyAreRemoved)
+TEST_F(EventMonitors, ReleaseTheirHandlersObjectsWhenTheyAreRemoved)
 {
     const auto object = adopt([[NSObject alloc] init]);
     const auto value = std::make_shared<int>(1);
@@ -283,7 +283,7 @@ TEST_F(EventMonitors, SeeRealKeysWhileAnAlertIsUp)
     EXPECT_FALSE(seen.empty());
 }
 
-TEST_F(EventMonitors, SeeARealKeyOnItsWayToTheWindow)
+TEST_F(EventMonitors, SeeARealKeyBeforeTheWindow)
 {
     Events *const byMonitor = seenByMonitor;
     const Monitor monitor(NSEventMaskKeyDown, ^(NSEvent *event) {

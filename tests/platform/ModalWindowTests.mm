@@ -19,7 +19,7 @@ Retained<NSAlert> alertWithButtons(NSArray *titles)
     return alert;
 }
 
-/// Presses the window manager's close button of the alert, once the alert has the keyboard.
+/// Presses the window manager's close button of the alert once the alert is focused.
 bool pressClose()
 {
     if (!alertKeepsTheKeyboard()) {
@@ -29,7 +29,7 @@ bool pressClose()
     return true;
 }
 
-/// The title of the uppermost window, as the window manager tells it.
+/// The title of the topmost window, as the window manager reports it.
 std::string uppermostTitle()
 {
     std::string list = run({ "xprop", "-root", "_NET_CLIENT_LIST_STACKING" }).output;
@@ -37,9 +37,9 @@ std::string uppermostTitle()
         .output;
 }
 
-} // namespace
+}
 
-TEST(Alert, TakesTheManagersCloseButtonForItsLastButton)
+TEST(Alert, TreatsTheManagersCloseButtonAsItsLastButton)
 {
     const TestWindow shown;
     const auto two = alertWithButtons(@[ @"Remove", @"Cancel" ]);
@@ -48,7 +48,7 @@ TEST(Alert, TakesTheManagersCloseButtonForItsLastButton)
     EXPECT_EQ(runModalWhile(three.get(), pressClose), NSAlertThirdButtonReturn);
     const auto one = alertWithButtons(@[ @"OK" ]);
     EXPECT_EQ(runModalWhile(one.get(), pressClose), NSAlertFirstButtonReturn);
-    EXPECT_TRUE([shown.window() isVisible]) << "only the alert was closed";
+    EXPECT_TRUE([shown.window() isVisible]) << "only the alert must close";
 }
 
 TEST(Alert, IsAnsweredByReturnAndEscape)
@@ -70,7 +70,7 @@ TEST(Alert, IsAnsweredByReturnAndEscape)
     }
 }
 
-TEST(Alert, KeepsItsPlaceAndTheKeyboardWhenTheWindowBehindIsClicked)
+TEST(Alert, StaysInFrontAndFocusedWhenTheWindowBehindIsClicked)
 {
     const TestWindow shown;
     const auto alert = alertWithButtons(@[ @"Remove", @"Cancel" ]);
@@ -79,7 +79,7 @@ TEST(Alert, KeepsItsPlaceAndTheKeyboardWhenTheWindowBehindIsClicked)
         if (!alertKeepsTheKeyboard()) {
             return false;
         }
-        // A corner that the alert, in the middle of the screen, leaves free.
+        // A corner of the screen: the alert is in the middle.
         run({ "xdotool", "search", "--name", "^Test window$", "mousemove", "--window", "%1", "20", "280" });
         run({ "xdotool", "mousedown", "1", "mouseup", "1" });
         letManagerFinish();
@@ -89,7 +89,7 @@ TEST(Alert, KeepsItsPlaceAndTheKeyboardWhenTheWindowBehindIsClicked)
     EXPECT_EQ(uppermost, alertTitle() + "\n");
 }
 
-TEST(ModalPanel, GetsTheKeyboardThatTheManagerOffersToTheWindowBehind)
+TEST(ModalPanel, GetsTheFocusThatTheManagerOffersToTheWindowBehind)
 {
     const TestWindow shown;
     const auto panel = adopt([[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, 200, 100)
@@ -101,7 +101,7 @@ TEST(ModalPanel, GetsTheKeyboardThatTheManagerOffersToTheWindowBehind)
     EXPECT_TRUE(handleEventsUntil(alertHasTheKeyboard));
     run({ "xdotool", "search", "--name", "^Test window$", "windowfocus" });
     EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() == "Test window\n"; }));
-    // As the platform tells the window of the manager's offer.
+    // The event by which the platform reports the manager's offer to the window.
     [NSApp sendEvent:[NSEvent otherEventWithType:NSAppKitDefined
                                         location:NSZeroPoint
                                    modifierFlags:0
@@ -116,13 +116,13 @@ TEST(ModalPanel, GetsTheKeyboardThatTheManagerOffersToTheWindowBehind)
     [panel.get() orderOut:nil];
 }
 
-TEST(OpenPanel, TakesTheManagersCloseButtonForCancel)
+TEST(OpenPanel, TreatsTheManagersCloseButtonAsCancel)
 {
     const TestWindow shown;
     NSOpenPanel *panel = [NSOpenPanel openPanel];
     [panel setTitle:ns(alertTitle())];
     EXPECT_EQ(runModalWhile(panel, pressClose), NSModalResponseCancel);
-    EXPECT_TRUE([shown.window() isVisible]) << "only the panel was closed";
+    EXPECT_TRUE([shown.window() isVisible]) << "only the panel must close";
 }
 
 TEST(MainWindow, DoesNotCloseBehindAnAlert)

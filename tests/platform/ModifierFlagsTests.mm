@@ -12,9 +12,9 @@ bool shiftHeld()
     return ([NSEvent modifierFlags] & NSEventModifierFlagShift) != 0;
 }
 
-} // namespace
+}
 
-TEST(ModifierFlags, TellEitherShiftKeyWhileItIsHeld)
+TEST(ModifierFlags, ReportEitherShiftKeyWhileItIsHeld)
 {
     EXPECT_FALSE(shiftHeld());
     for (const char *key : { "Shift_L", "Shift_R" }) {
@@ -26,7 +26,7 @@ TEST(ModifierFlags, TellEitherShiftKeyWhileItIsHeld)
     }
 }
 
-TEST(ModifierFlags, DoNotTakeCapsLockOrControlForShift)
+TEST(ModifierFlags, DoNotReportCapsLockOrControlAsShift)
 {
     pressKey("Caps_Lock");
     EXPECT_EQ([NSEvent modifierFlags], static_cast<NSEventModifierFlags>(NSAlphaShiftKeyMask));

@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// A panel as the tool asks for one, and two folders with files to choose from.
+/// A panel with the tool's settings, and two folders with files to choose from.
 struct AskingPanel : testing::Test {
     fs::path folder = home() / "Panel";
     int panels = 0;
@@ -23,7 +23,7 @@ struct AskingPanel : testing::Test {
 
     ~AskingPanel() override { fs::remove_all(folder); }
 
-    /// Each with a title of its own, so that one that closes is not taken for the next.
+    /// Each panel has its own title, so that a test does not mistake a closing panel for the next one.
     NSOpenPanel *panel()
     {
         NSOpenPanel *panel = [NSOpenPanel openPanel];
@@ -36,13 +36,13 @@ struct AskingPanel : testing::Test {
 
     [[nodiscard]] bool hasTheKeyboard() const { return focusedTitle() == "Choose " + std::to_string(panels) + "\n"; }
 
-    /// Types a path and Return into the panel when it has the keyboard.
+    /// Types a path and Return once the panel is focused.
     bool type(const std::string &path)
     {
         if (!eventually([this] { return hasTheKeyboard(); })) {
             return false;
         }
-        letManagerFinish(); // A busy one may still be moving the keyboard.
+        letManagerFinish(); // A busy manager may still be moving the focus.
         return eventually([this] { return hasTheKeyboard(); }) &&
             run({ "xdotool", "type", "--delay", "20", path }).status == 0 &&
             run({ "xdotool", "key", "Return" }).status == 0;
@@ -51,7 +51,7 @@ struct AskingPanel : testing::Test {
     static NSView *viewTagged(NSOpenPanel *panel, NSInteger tag) { return [[panel contentView] viewWithTag:tag]; }
 };
 
-/// The red part, from 0 to 255, of a pixel on the screen.
+/// The red component of a pixel on the screen, from 0 to 255.
 int redOnScreen(int x, int y)
 {
     const std::string place = "1x1+" + std::to_string(x) + "+" + std::to_string(y);
@@ -59,7 +59,7 @@ int redOnScreen(int x, int y)
     return value.empty() ? -1 : static_cast<unsigned char>(value[0]);
 }
 
-} // namespace
+}
 
 TEST_F(AskingPanel, ShowsItsMessage)
 {
@@ -71,7 +71,7 @@ TEST_F(AskingPanel, ShowsItsMessage)
     EXPECT_EQ(utf8([asking title]), "Choose 1");
 }
 
-TEST_F(AskingPanel, HasItsPromptOnTheConfirmingButton)
+TEST_F(AskingPanel, HasItsPromptAsTheTitleOfTheConfirmingButton)
 {
     NSOpenPanel *asking = panel();
     NSButton *confirming = static_cast<NSButton *>(viewTagged(asking, NSFileHandlingPanelOKButton));
@@ -79,7 +79,7 @@ TEST_F(AskingPanel, HasItsPromptOnTheConfirmingButton)
     EXPECT_GE(NSWidth([confirming frame]), [[confirming attributedTitle] size].width + 16);
     NSForm *name = static_cast<NSForm *>(viewTagged(asking, NSFileHandlingPanelForm));
     EXPECT_EQ(utf8([[name cellAtIndex:0] title]), "Name:");
-    EXPECT_EQ(utf8([[NSOpenPanel openPanel] prompt]), "Open") << "of a panel without one";
+    EXPECT_EQ(utf8([[NSOpenPanel openPanel] prompt]), "Open") << "the prompt of a panel for which none was set";
 }
 
 TEST_F(AskingPanel, IsDrawnUpToItsTopAtEachOpening)
@@ -103,7 +103,7 @@ TEST_F(AskingPanel, IsDrawnUpToItsTopAtEachOpening)
     }
 }
 
-TEST_F(AskingPanel, TakesATypedPathWithReturn)
+TEST_F(AskingPanel, AcceptsATypedPathWithReturn)
 {
     const TestWindow shown;
     for (const char *path : { "/Panel/backup.zip", "~/Panel/backup.zip" }) {
@@ -117,7 +117,7 @@ TEST_F(AskingPanel, TakesATypedPathWithReturn)
     }
 }
 
-TEST_F(AskingPanel, LetsATypedPathBeConfirmedOnlyWhenItMayBeChosen)
+TEST_F(AskingPanel, ConfirmsATypedPathOnlyIfTheFileMayBeChosen)
 {
     NSOpenPanel *asking = panel();
     NSForm *name = static_cast<NSForm *>(viewTagged(asking, NSFileHandlingPanelForm));

@@ -20,7 +20,7 @@
 
 @end
 
-TEST(PasteboardServer, IsHeardWhenItHasStarted)
+TEST(PasteboardServer, AnnouncesThatItHasStarted)
 {
     const auto listener = adopt([[Listener alloc] init]);
     [[NSDistributedNotificationCenter defaultCenter] addObserver:listener.get()

@@ -7,7 +7,7 @@
 namespace
 {
 
-/// A text view in a bordered scroll view with a vertical scroller, made as a Mac program makes it.
+/// A text view in a bordered scroll view with a vertical scroller, made with the calls of a Mac program.
 struct ScrolledText : testing::Test {
     Retained<NSScrollView> scrollView = adopt([[NSScrollView alloc] initWithFrame:NSMakeRect(36, 82, 488, 120)]);
     Retained<NSTextView> textView;
@@ -22,19 +22,19 @@ struct ScrolledText : testing::Test {
     }
 };
 
-} // namespace
+}
 
-TEST_F(ScrolledText, IsBrokenWithinTheVisibleWidth)
+TEST_F(ScrolledText, WrapsWithinTheVisibleWidth)
 {
     NSLayoutManager *layout = [textView.get() layoutManager];
     NSTextContainer *container = [textView.get() textContainer];
     const NSRect used =
         (void([layout glyphRangeForTextContainer:container]), [layout usedRectForTextContainer:container]);
-    EXPECT_GT(NSWidth(used), 300) << "there must be text to judge by";
+    EXPECT_GT(NSWidth(used), 300) << "the text is too short for this test";
     EXPECT_LE(NSMaxX(used) + [textView.get() textContainerOrigin].x, [scrollView.get() contentSize].width);
 }
 
-TEST_F(ScrolledText, KeepsTheFramesItWasGiven)
+TEST_F(ScrolledText, KeepsItsFrames)
 {
     EXPECT_EQ(NSWidth([textView.get() frame]), 488);
     EXPECT_TRUE(NSEqualRects([scrollView.get() frame], NSMakeRect(36, 82, 488, 120)));

@@ -5,7 +5,7 @@
 namespace
 {
 
-/// The shell text of a source that must be the statement.
+/// The shell text of a source that must be a valid statement.
 std::u16string textOf(std::u16string_view source)
 {
     const auto text = parseShellStatement(source);
@@ -25,19 +25,19 @@ TEST(ShellStatementParser, UndoesTheFiveEscapes)
     EXPECT_EQ(textOf(uR"(do shell script "a\\b\"c\nd\re\tf" with administrator privileges)"), u"a\\b\"c\nd\re\tf");
 }
 
-TEST(ShellStatementParser, DoesNotTakeAnEscapedBackslashForTheStartOfAnotherEscape)
+TEST(ShellStatementParser, DoesNotStartAnotherEscapeAtAnEscapedBackslash)
 {
     EXPECT_EQ(textOf(uR"(do shell script "\\n\\\\t\\\"" with administrator privileges)"), u"\\n\\\\t\\\"");
 }
 
-TEST(ShellStatementParser, TakesEveryOtherCharacterAsItStands)
+TEST(ShellStatementParser, KeepsEveryOtherCharacter)
 {
     const std::u16string odd =
         std::u16string(u"'$(x)`;\t\n\r\u00e9\u4e16\U0001f600\ufffe") + char16_t(0xd800) + u'\0' + u"z";
     EXPECT_EQ(textOf(u"do shell script \"" + odd + u"\" with administrator privileges"), odd);
 }
 
-TEST(ShellStatementParser, TakesAnEmptyText)
+TEST(ShellStatementParser, AcceptsAnEmptyText)
 {
     EXPECT_EQ(textOf(u"do shell script \"\" with administrator privileges"), u"");
 }
@@ -69,7 +69,7 @@ TEST(ShellStatementParser, RefusesEveryOtherSource)
     }
 }
 
-TEST(ShellText, ReachesTheShellUnlessACharacterOfItCannot)
+TEST(ShellText, IsRefusedIfAShellCannotReadOneOfItsCharacters)
 {
     using namespace std::string_literals;
     using namespace std::string_view_literals;

@@ -9,7 +9,7 @@
 
 namespace fs = std::filesystem;
 
-TEST(Startup, LeavesABackslashInAPathAsItIs)
+TEST(Startup, DoesNotChangeABackslashInAPath)
 {
     EXPECT_EQ(utf8([@"/Users/a\\b" stringByAppendingPathComponent:@"c"]), "/Users/a\\b/c");
     EXPECT_EQ(utf8([@"/Users/a\\b/c" lastPathComponent]), "c");
@@ -21,7 +21,7 @@ TEST(Startup, ShowsNoTileForTheProgram)
     EXPECT_FALSE([[NSApp iconWindow] isVisible]);
 }
 
-TEST(Startup, LeavesNothingInTheHomeButTheDefaultsFolder)
+TEST(Startup, MakesOnlyTheDefaultsFolderInTheHome)
 {
     [[NSWorkspace sharedWorkspace] notificationCenter];
     const std::set<std::string> forced { "GNUstep", "GNUstep/Defaults", "GNUstep/Defaults/.lck" };
@@ -41,7 +41,7 @@ TEST(Startup, StartsNoProcessThatOutlivesTheProgram)
     }
 }
 
-TEST(Startup, OpensNoPortAtWhichOtherProgramsGiveOrders)
+TEST(Startup, OpensNoPortForCommandsOfOtherPrograms)
 {
     EXPECT_FALSE(fs::exists(fs::path(utf8(NSTemporaryDirectory())) / "NSMessagePort"));
 }

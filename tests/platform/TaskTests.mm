@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// A folder of the test's own, removed with it.
+/// A temporary folder that the test removes.
 struct Tasks : testing::Test {
     fs::path folder = [] {
         std::string pattern = fs::temp_directory_path() / "task-tests.XXXXXX";
@@ -23,7 +23,7 @@ struct Tasks : testing::Test {
     }();
     ~Tasks() override { fs::remove_all(folder); }
 
-    /// A program file of these bytes.
+    /// Makes an executable file with these bytes.
     fs::path program(const std::string &name, const std::string &bytes) const
     {
         const fs::path file = folder / name;
@@ -41,7 +41,7 @@ Retained<NSTask> task(const fs::path &path, NSArray *arguments)
     return made;
 }
 
-/// Runs a shell text to its end.
+/// Runs a shell text and waits for its end.
 Retained<NSTask> ranShell(NSString *text)
 {
     auto made = task("/bin/sh", @[ @"-c", text ]);
@@ -50,7 +50,7 @@ Retained<NSTask> ranShell(NSString *text)
     return made;
 }
 
-/// The reason of the exception that the work raises; it must be an NSInvalidArgumentException.
+/// The reason of the exception that the work raises. It must be an NSInvalidArgumentException.
 std::string reasonRaisedBy(void (^work)(void))
 {
     @try {
@@ -75,9 +75,9 @@ std::size_t openDescriptors()
     return static_cast<std::size_t>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
 }
 
-} // namespace
+}
 
-TEST_F(Tasks, TellTheExitStatus)
+TEST_F(Tasks, ReportTheExitStatus)
 {
     for (const int status : { 0, 1, 3, 127, 255 }) {
         const auto ended = ranShell([NSString stringWithFormat:@"exit %d", status]);
@@ -85,7 +85,7 @@ TEST_F(Tasks, TellTheExitStatus)
     }
 }
 
-TEST_F(Tasks, TellTheSignalThatEndedTheProgram)
+TEST_F(Tasks, ReportTheSignalThatEndedTheProgram)
 {
     const auto ended = ranShell(@"kill -TERM $$");
     EXPECT_EQ([ended.get() terminationStatus], SIGTERM);
@@ -106,12 +106,12 @@ TEST_F(Tasks, RaiseForAFileThatMayNotBeRun)
         reasonOfLaunching(folder), "could not start the launch path (" + folder.string() + "): Permission denied");
 }
 
-TEST_F(Tasks, RaiseForAnExecutableThatIsNoProgramAndLeaveTheParentWhole)
+TEST_F(Tasks, RaiseForAnExecutableThatIsNotAProgramAndDoNotDamageTheParent)
 {
     const fs::path garbage = program("garbage", "no program\n");
     EXPECT_EQ(
         reasonOfLaunching(garbage), "could not start the launch path (" + garbage.string() + "): Exec format error");
-    // The platform's own task was seen to damage the parent here: literals came out empty afterwards.
+    // GNUstep's NSTask damages the parent here: its string literals are empty afterwards.
     NSArray *literal = @[ @"a", @"b", @"c" ];
     EXPECT_EQ(utf8([literal componentsJoinedByString:@","]), "a,b,c");
     EXPECT_EQ([ranShell(@"exit 5").get() terminationStatus], 5);
@@ -128,7 +128,7 @@ TEST_F(Tasks, MayBeLaunchedAgainAfterALaunchThatFailed)
     EXPECT_EQ([made.get() terminationStatus], 4);
 }
 
-TEST_F(Tasks, RaiseWhenTheyAreUsedOutOfTurn)
+TEST_F(Tasks, RaiseWhenTheyAreUsedInTheWrongOrder)
 {
     const auto made = adopt([[NSTask alloc] init]);
     NSTask *const unretained = made.get();
@@ -145,7 +145,7 @@ TEST_F(Tasks, RaiseWhenTheyAreUsedOutOfTurn)
     EXPECT_EQ([unretained terminationStatus], 0);
 }
 
-TEST_F(Tasks, HandArgumentsOverUnchanged)
+TEST_F(Tasks, PassArgumentsUnchanged)
 {
     const fs::path noted = folder / "noted";
     const fs::path noting = program("noting", "#!/bin/sh\nprintf '<%s>' \"$@\" >'" + noted.string() + "'\n");
@@ -155,7 +155,7 @@ TEST_F(Tasks, HandArgumentsOverUnchanged)
     EXPECT_EQ(contents(noted), "<><a b><'\"$(x)`\\><o\u2019n\u00e9 \u4e16><-c><a\nb>");
 }
 
-TEST_F(Tasks, TakeNilForNoArguments)
+TEST_F(Tasks, AcceptNilAsNoArguments)
 {
     const auto made = task(program("counting", "#!/bin/sh\nexit $#\n"), nil);
     [made.get() launch];
@@ -190,9 +190,9 @@ TEST_F(Tasks, InheritEnvironmentAndWorkingFolder)
     EXPECT_EQ(contents(folder / "value"), "a value");
 }
 
-TEST_F(Tasks, InheritNoDescriptorButTheStandardStreams)
+TEST_F(Tasks, InheritOnlyTheStandardStreams)
 {
-    const int open = ::open("/dev/null", O_RDONLY); // Without close-on-exec, as a careless library opens files.
+    const int open = ::open("/dev/null", O_RDONLY); // Without close-on-exec, as some libraries open files.
     const auto ended = ranShell([NSString stringWithFormat:@"test -e /dev/fd/1 && test ! -e /dev/fd/%d", open]);
     close(open);
     EXPECT_EQ([ended.get() terminationStatus], 0);
@@ -200,7 +200,7 @@ TEST_F(Tasks, InheritNoDescriptorButTheStandardStreams)
 
 TEST_F(Tasks, StartWithNoSignalIgnoredOrBlocked)
 {
-    const auto handler = signal(SIGPIPE, SIG_IGN); // As the platform's library does.
+    const auto handler = signal(SIGPIPE, SIG_IGN); // GNUstep does this too.
     sigset_t blocked, before;
     sigemptyset(&blocked);
     sigaddset(&blocked, SIGUSR1);
@@ -213,7 +213,7 @@ TEST_F(Tasks, StartWithNoSignalIgnoredOrBlocked)
     EXPECT_EQ([blocking.get() terminationStatus], SIGUSR1);
 }
 
-TEST_F(Tasks, LeaveNoDescriptorAndNoChildBehindInAThousandRuns)
+TEST_F(Tasks, LeaveNoDescriptorAndNoChildInAThousandRuns)
 {
     const std::size_t before = openDescriptors();
     for (int number = 0; number < 1000; ++number) {
@@ -225,6 +225,6 @@ TEST_F(Tasks, LeaveNoDescriptorAndNoChildBehindInAThousandRuns)
         }
     }
     EXPECT_EQ(openDescriptors(), before);
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was not collected";
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child process was not waited for";
     EXPECT_EQ(errno, ECHILD);
 }

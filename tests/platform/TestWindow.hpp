@@ -1,4 +1,4 @@
-/// A window on the screen, and real keys and presses from outside.
+/// A window on the screen, and real key presses and clicks.
 #pragma once
 
 #import <Cocoa/Cocoa.h>
@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-/// A view that takes part in the event dispatch as the window's first responder and notes what reaches it.
+/// A view that is the window's first responder and records the events that reach it.
 @interface NotingView : NSView {
 @public
     std::vector<NSEvent *> seen; // Owned by the event queue's pool: compare, don't message.
 }
 @end
 
-/// A titled window with a NotingView in it, shown in front and key for as long as this lives.
+/// A titled window with a NotingView. It is in front and key for this object's lifetime.
 class TestWindow
 {
 public:
@@ -31,7 +31,7 @@ private:
     NotingView *_view;
 };
 
-/// A key that is really held down, from this object's making to its end; keys are named as xdotool names them.
+/// Holds a real key down for its own lifetime. xdotool defines the names of the keys.
 class HeldKey
 {
 public:
@@ -47,29 +47,30 @@ private:
 /// Presses and releases a key.
 void pressKey(const std::string &name);
 
-/// Runs an alert or a panel modally while somebody acts from outside.
-/// @param act What that person does, on a thread of its own: commands only, nothing of the platform's. False means that
-///     it could not be done. Then, and when the panel doesn't end, the test fails and the panel is aborted.
-/// @return what `runModal` returned.
+/// Runs an alert or a panel modally while another thread acts as its user.
+/// @param act The user's action. It runs on its own thread and may run commands, but may not call AppKit. It returns
+/// false
+///     if the action failed. If it fails or the panel does not end, the test fails and the panel is aborted.
+/// @return The result of `runModal`.
 NSInteger runModalWhile(id panel, const std::function<bool()> &act);
 
-/// Asks again and again until the answer is yes, from a thread that doesn't handle events. Gives up after a generous
-/// while. Returns the last answer.
+/// Repeats a question until the answer is yes or a time limit passes. Call it from a thread that does not handle
+/// events. Returns the last answer.
 bool eventually(const std::function<bool()> &question);
 
-/// Waits until the window manager has done all that it was asked for: it takes requests in their order. Handles no
+/// Waits until the window manager has handled all requests so far. It handles them in order. This function handles no
 /// events.
 void letManagerFinish();
 
-/// The title of the window that has the keyboard, as the X server tells it.
+/// The title of the focused window, as the X server reports it.
 std::string focusedTitle();
 
-/// What an alert's window is titled: the program's name.
+/// The title of an alert's window: the program's name.
 std::string alertTitle();
 
-/// Whether an alert has the keyboard.
+/// Whether an alert is focused.
 bool alertHasTheKeyboard();
 
-/// Waits until an alert has the keyboard for good: a busy window manager may still be moving it. To be called from a
-/// thread that doesn't handle events. Returns whether it has.
+/// Waits until an alert is focused and the window manager no longer moves the focus. Call it from a thread that does
+/// not handle events. Returns whether an alert is focused.
 bool alertKeepsTheKeyboard();

@@ -44,10 +44,10 @@ TestWindow::TestWindow()
     [_window makeKeyAndOrderFront:nil];
     [_window makeFirstResponder:_view];
     EXPECT_TRUE(handleEventsUntil([this] { return [_window isKeyWindow] && [_window isVisible]; }));
-    // A busy manager may still be moving the keyboard from a window that was there before.
+    // A busy manager may still be moving the focus from an earlier window.
     letManagerFinish();
     EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() == "Test window\n"; }));
-    // Somebody is there: a program that nobody has touched yet is given no keyboard for its later windows.
+    // Simulates user input: the manager does not focus later windows of a program that has had no input.
     pressKey("j");
     EXPECT_TRUE(handleEventsUntil([this] { return !_view->seen.empty(); }));
     _view->seen.clear();
@@ -75,7 +75,7 @@ void pressKey(const std::string &name)
     EXPECT_EQ(run({ "xdotool", "key", name }).status, 0);
 }
 
-/// Ends a modal session once it is told to.
+/// Ends a modal session on request.
 @interface ModalEnd : NSObject {
 @public
     std::atomic<bool> _wanted;
@@ -109,8 +109,9 @@ NSInteger runModalWhile(id panel, const std::function<bool()> &act)
     ended = true;
     person.join();
     [timer invalidate];
-    EXPECT_FALSE(end.get()->_wanted) << "what was done at the panel did not end it, or could not be done";
-    // The next alert has the same title, and must not be taken to be there while this one still has the keyboard.
+    EXPECT_FALSE(end.get()->_wanted) << "the action at the panel failed or did not end the panel";
+    // The next alert has the same title. Waits so that a test does not mistake this one for it while this one is
+    // focused.
     EXPECT_TRUE(handleEventsUntil([] { return !alertHasTheKeyboard(); }));
     return code;
 }
@@ -141,7 +142,7 @@ std::string focusedTitle()
 
 std::string alertTitle()
 {
-    return program_invocation_short_name; // Plain C: it is asked from threads that have no autorelease pool.
+    return program_invocation_short_name; // Plain C: threads without an autorelease pool call this.
 }
 
 bool alertHasTheKeyboard()

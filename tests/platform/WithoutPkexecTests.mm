@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(PrivilegedStatement, SaysThatPkexecIsMissingAndDoesNotCallItARefusal)
+TEST(PrivilegedStatement, ReportsThatPkexecIsMissingAndNotARefusal)
 {
     stage({ "tool", "pkexec", "missing" });
     const auto script =

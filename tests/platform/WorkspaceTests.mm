@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <sys/wait.h>
 
-TEST(Workspace, OpensAnAddressWithTheDesktopsOpenerAndCollectsIt)
+TEST(Workspace, OpensAnAddressWithTheDesktopsOpenerAndWaitsForItsEnd)
 {
     EXPECT_TRUE([[NSWorkspace sharedWorkspace] openURL:[NSURL URLWithString:@"https://example.com/a%20b?c=d&e"]]);
     stage({ "await", "xdg-open" });
@@ -14,12 +14,12 @@ TEST(Workspace, OpensAnAddressWithTheDesktopsOpenerAndCollectsIt)
         run({ "pkexec", "/opt/practice/stage", "report", "--json" }).output.find("https://example.com/a%20b?c=d&e\""),
         std::string::npos);
     EXPECT_TRUE(handleEventsUntil([] {
-        siginfo_t child; // Looked at only: the test must not collect it itself.
+        siginfo_t child; // WNOWAIT: the test itself must not reap the process.
         return waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT) == -1 && errno == ECHILD;
-    })) << "the ended opener was not collected";
+    })) << "the ended opener was not reaped";
 }
 
-TEST(Workspace, SaysNoWhenThereIsNoOpenerOrNoAddress)
+TEST(Workspace, ReportsFailureWhenThereIsNoOpenerOrNoAddress)
 {
     EXPECT_FALSE([[NSWorkspace sharedWorkspace] openURL:nil]);
     EXPECT_FALSE([[NSWorkspace sharedWorkspace] openURL:[NSURL URLWithString:@"-no-scheme"]]);
