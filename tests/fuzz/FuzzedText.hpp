@@ -1,4 +1,4 @@
-/// What the fuzz targets share: text made from a fuzzer's bytes, and the end of a run that breaks a promise.
+/// Shared by the fuzz targets: text from a fuzzer's bytes, and the check of a promise.
 #pragma once
 
 #include <cstddef>
@@ -7,12 +7,12 @@
 #include <string>
 #include <string_view>
 
-/// Text of any code units, lone surrogates included. An ASCII byte is a unit of its own, so that inputs read well; a
-/// byte above makes one together with the next, from the ranges up to 3FFF and from C000.
+/// Makes text of any code units, lone surrogates included. An ASCII byte makes one unit, so that inputs are readable. A
+/// higher byte and the next one make one unit together, up to 3FFF or from C000.
 [[nodiscard]] std::u16string textFromBytes(const std::uint8_t *bytes, std::size_t count);
 
-/// The text in UTF-8; nothing when it holds a NUL or a lone surrogate, which no shell can be given.
+/// The text in UTF-8, or nothing if it has a NUL or a lone surrogate, because a shell cannot receive these.
 [[nodiscard]] std::optional<std::string> utf8ForShell(std::u16string_view text);
 
-/// Ends the run, as a finding of the fuzzer, unless the promise holds. `promise` says it in words.
+/// Ends the run as a finding of the fuzzer if a promise does not hold. `promise` describes it.
 void expect(bool holds, const char *promise);

@@ -17,10 +17,10 @@
 namespace
 {
 
-constexpr std::size_t OneIn = 1024;
-constexpr uid_t Nobody = 65534;
+constexpr std::size_t oneIn = 1024;
+constexpr uid_t unprivilegedUser = 65534;
 
-/// Makes a system call again for as long as the fuzzer's timer interrupts it.
+/// Repeats a system call while the fuzzer's timer interrupts it.
 template <typename Call> auto withoutInterruption(const Call &call)
 {
     auto result = call();
@@ -38,15 +38,15 @@ void limit(__rlimit_resource resource)
     }
 }
 
-/// Becomes /bin/sh, with no way to do anything but write to its standard output.
+/// Replaces this process by a /bin/sh that can only write to its standard output.
 [[noreturn]] void becomeShell(int input, int output)
 {
     dup2(input, STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
-    // exec closes the limits' loophole: a user without processes left can replace its own, but not start another.
+    // RLIMIT_NPROC prevents a fork. It does not prevent exec, but the limits also apply to the next program.
     limit(RLIMIT_FSIZE);
     limit(RLIMIT_CORE);
-    if (geteuid() == 0 && (setgid(Nobody) != 0 || setuid(Nobody) != 0)) {
+    if (geteuid() == 0 && (setgid(unprivilegedUser) != 0 || setuid(unprivilegedUser) != 0)) {
         _exit(99);
     }
     limit(RLIMIT_NPROC);
@@ -64,8 +64,8 @@ void limit(__rlimit_resource resource)
 
 std::optional<std::string> wordAsShellReadsIt(const std::string &word)
 {
-    // The C library takes an empty string at the start of a word for a word of its own. POSIX does not: it adds
-    // nothing, and is left out here. The real shell gets it.
+    // The C library reads an empty string at the start of a word as a separate word. POSIX reads it as nothing. So it
+    // is removed here. The real shell gets it.
     const bool startsEmpty = word.starts_with("''") && word.size() > 2;
     wordexp_t words {};
     const int result = wordexp(word.c_str() + (startsEmpty ? 2 : 0), &words, WRDE_NOCMD | WRDE_UNDEF);
@@ -100,12 +100,13 @@ std::string_view quotedWordAtStart(std::string_view text)
 ShellRun runShell(const std::string &script)
 {
     const int input = memfd_create("script", MFD_CLOEXEC);
-    expect(write(input, script.data(), script.size()) == static_cast<ssize_t>(script.size()), "memory for the script");
+    expect(write(input, script.data(), script.size()) == static_cast<ssize_t>(script.size()),
+        "the script fits into memory");
     lseek(input, 0, SEEK_SET);
     int ends[2];
-    expect(pipe2(ends, O_CLOEXEC) == 0, "a pipe");
+    expect(pipe2(ends, O_CLOEXEC) == 0, "a pipe can be made");
     const pid_t process = fork();
-    expect(process >= 0, "a process");
+    expect(process >= 0, "a process can be started");
     if (process == 0) {
         becomeShell(input, ends[1]);
     }
@@ -119,12 +120,13 @@ ShellRun runShell(const std::string &script)
     }
     close(ends[0]);
     int status = 0;
-    expect(withoutInterruption([&] { return waitpid(process, &status, 0); }) == process, "the shell's end");
+    expect(
+        withoutInterruption([&] { return waitpid(process, &status, 0); }) == process, "the shell's end can be awaited");
     run.succeeded = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     return run;
 }
 
 bool isSample(std::string_view text)
 {
-    return std::hash<std::string_view> {}(text) % OneIn == 0;
+    return std::hash<std::string_view> {}(text) % oneIn == 0;
 }

@@ -1,4 +1,4 @@
-// AppleScript quoting: the statement's parser gives any text back, unit for unit.
+// AppleScript quoting: the statement's parser returns any quoted text unchanged.
 #include "platform/gnustep/missing/ShellStatementParser.hpp"
 #include "removal/PrivilegedStatement.hpp"
 #include "removal/Quoting.hpp"
@@ -9,6 +9,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t cou
     const auto text = textFromBytes(bytes, count);
     const auto literal = appleScriptQuoted(text);
     expect(literal.find(u'\n') == literal.npos, "a literal is one line");
-    expect(parseShellStatement(privilegedStatement(literal)) == text, "the statement's parser gives the text back");
+    expect(parseShellStatement(privilegedStatement(literal)) == text, "the statement's parser returns the text");
     return 0;
 }

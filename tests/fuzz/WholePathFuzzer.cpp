@@ -1,4 +1,4 @@
-// The whole way of a removal's text: home directory, script, statement, reader, and the bytes that the shell gets.
+// The whole path of a removal's text: home directory, script, statement, parser, and the bytes that the shell gets.
 #include "detection/KnownLocations.hpp"
 #include "platform/gnustep/missing/ShellStatementParser.hpp"
 #include "removal/CleanupScript.hpp"
@@ -12,10 +12,10 @@
 namespace
 {
 
-constexpr std::string_view Removal = "/bin/rm -rf ";
-constexpr std::string_view Guard = " 2>/dev/null || true\n";
+constexpr std::string_view removal = "/bin/rm -rf ";
+constexpr std::string_view guard = " 2>/dev/null || true\n";
 
-/// The paths that are to be removed, in the order of removal.
+/// The paths to remove, in the order of removal.
 std::vector<std::string> locations(std::u16string_view home)
 {
     std::vector<std::string> paths;
@@ -29,24 +29,25 @@ std::vector<std::string> locations(std::u16string_view home)
     return paths;
 }
 
-/// Reads the script as a shell does, from its first removal on, and judges each removed path. The result is a script
-/// that prints the paths instead, each with a NUL behind it.
+/// Reads the script as a shell does, from its first removal on, and checks each removed path. Returns a script that
+/// prints the paths instead, with a NUL after each.
 std::string judgedRemovals(std::string_view script, const std::vector<std::string> &paths)
 {
     std::string printing;
     for (const auto &path : paths) {
-        expect(script.starts_with(Removal), "one removal follows the other");
-        script.remove_prefix(Removal.size());
+        expect(script.starts_with(removal), "the removals follow one another");
+        script.remove_prefix(removal.size());
         const std::string word(quotedWordAtStart(script));
         if (const auto read = wordAsShellReadsIt(word)) {
             expect(*read == path, "each location is one word to a shell");
         }
         script.remove_prefix(word.size());
-        expect(script.starts_with(Guard), "each removal is guarded");
-        script.remove_prefix(Guard.size());
-        printing.append("printf '%s\\0' ").append(word).append(Guard);
+        expect(script.starts_with(guard), "each removal is guarded");
+        script.remove_prefix(guard.size());
+        printing.append("printf '%s\\0' ").append(word).append(guard);
     }
-    expect(script == "/usr/bin/sfltool resetbtm 2>/dev/null || true\nexit 0", "nothing else follows the removals");
+    expect(script == "/usr/bin/sfltool resetbtm 2>/dev/null || true\nexit 0",
+        "only the last two lines follow the removals");
     return printing + "exit 0";
 }
 
@@ -57,14 +58,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t cou
     const auto home = textFromBytes(bytes, count);
     const auto script = cleanupScript(home);
     const auto received = parseShellStatement(privilegedStatement(appleScriptQuoted(script)));
-    expect(received == script, "the parser hands on the script as it was built");
+    expect(received == script, "the parser returns the script unchanged");
 
     const auto shellText = utf8ForShell(*received);
-    expect(shellText.has_value() == utf8ForShell(home).has_value(), "only a home can hold what no shell can be given");
+    expect(shellText.has_value() == utf8ForShell(home).has_value(),
+        "only the home can make a script that a shell cannot receive");
     if (!shellText) {
         return 0;
     }
-    const auto firstRemoval = shellText->find(Removal);
+    const auto firstRemoval = shellText->find(removal);
     expect(firstRemoval != shellText->npos, "there are removals");
     const auto paths = locations(home);
     const auto printing = judgedRemovals(std::string_view(*shellText).substr(firstRemoval), paths);

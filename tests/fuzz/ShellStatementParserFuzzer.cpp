@@ -1,4 +1,4 @@
-// The statement's parser: whatever the source, it refuses it or gives a text whose statement it parses again.
+// The statement's parser: it refuses a source, or returns a text whose own statement it parses to the same text.
 #include "platform/gnustep/missing/ShellStatementParser.hpp"
 #include "removal/PrivilegedStatement.hpp"
 #include "removal/Quoting.hpp"
@@ -12,6 +12,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t cou
             "what the parser gives is one statement again");
     }
     const auto embedded = parseShellStatement(privilegedStatement(u'"' + source + u'"'));
-    expect(!embedded || embedded->size() <= source.size(), "a literal stands for a text that is not longer");
+    expect(!embedded || embedded->size() <= source.size(), "a text is not longer than its literal");
     return 0;
 }
