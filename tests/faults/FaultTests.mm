@@ -1,6 +1,6 @@
-// Every call by which a backup, a log file or a restore opens, reads, writes, renames, makes, removes, forks, executes
-// or waits fails once with each error that it can have, the archiver's calls included. The tool lives, its log tells an
-// outcome that is allowed, and the licence is complete in at least one place.
+// Makes each system call of a backup, a log file and a restore fail, once with each of its errors: the calls that open,
+// read, write, rename, make, remove, fork, execute or wait, including the archiver's. After each fault the tool must
+// still run, its log must show an allowed outcome, and the licence must be complete in at least one place.
 #import "app/AppDelegate+ActivityLog.h"
 #import "licence/AppDelegate+LicenceBackup.h"
 #import "licence/AppDelegate+LicenceRestore.h"
@@ -15,14 +15,14 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// Of the archiver's faults, each one of so many is made; 1, and so all, by default.
-constexpr const char *StrideVariable = "QUORLEN_FAULTS_STRIDE";
+/// The tests make every Nth of the archiver's faults. N is the value of this variable; the default is 1.
+constexpr const char *strideVariable = "QUORLEN_FAULTS_STRIDE";
 
-/// Longer than a copy's buffer, so that a copy can fail in its middle.
+/// Longer than a copy's buffer, so that a copy can fail in the middle.
 const std::string firstLicence(20'000, 'A');
 const std::string secondLicence(15'000, 'B');
 
-/// One thing that can go wrong.
+/// One fault: a call and the number of its error.
 struct Fault {
     unsigned long call;
     unsigned long number;
@@ -35,7 +35,7 @@ bool holds(const fs::path &file, const std::string &bytes)
     return fs::is_regular_file(file, absent) && contents(file) == bytes;
 }
 
-/// Whether an archive holds this licence and can be unpacked without complaint.
+/// Whether an archive has this licence and unpacks without an error.
 bool archived(const fs::path &archive, const std::string &bytes)
 {
     const auto unpacked = run({ "/usr/bin/bsdtar", "-xOf", archive });
@@ -45,11 +45,11 @@ bool archived(const fs::path &archive, const std::string &bytes)
 class FaultTest : public RoomTest
 {
 protected:
-    /// Does something once for each fault of each of its calls.
-    /// @param prepare Puts everything into its first state.
-    /// @param act What is done.
-    /// @param judge Judges what came of it.
-    /// @param succeeded Whether it did what it is there for, as it must without a fault.
+    /// Runs an operation once for each fault of each of its calls.
+    /// @param prepare Sets up the first state.
+    /// @param act The operation.
+    /// @param judge Checks the state after a fault.
+    /// @param succeeded Whether the operation succeeded. Without a fault it must.
     void everyFault(const std::function<void()> &prepare, const std::function<void()> &act,
         const std::function<void()> &judge, const std::function<bool()> &succeeded)
     {
@@ -58,7 +58,7 @@ protected:
         act();
         const unsigned long calls = counting.close();
         judge();
-        ASSERT_TRUE(succeeded()) << "without a fault";
+        ASSERT_TRUE(succeeded()) << "the operation fails without a fault";
         EXPECT_GT(calls, 0u);
         std::vector<Fault> faults;
         for (unsigned long call = 1; call <= calls; ++call) {
@@ -67,8 +67,8 @@ protected:
             }
         }
 
-        // The archiver's calls are many, and most of them are its start: a part of them can be left out.
-        const char *given = std::getenv(StrideVariable);
+        // The archiver makes many calls, mostly while it starts. A stride skips a part of them.
+        const char *given = std::getenv(strideVariable);
         const unsigned long stride = given ? std::strtoul(given, nullptr, 10) : 1;
         unsigned long made = 0, ofChildren = 0;
         for (const auto &fault : faults) {
@@ -113,7 +113,7 @@ protected:
     }
 };
 
-TEST_F(FaultTest, ABackupNeverClaimsWhatItHasNot)
+TEST_F(FaultTest, ABackupNeverReportsAnArchiveThatDoesNotExist)
 {
     everyFault(
         [&] {
@@ -123,14 +123,14 @@ TEST_F(FaultTest, ABackupNeverClaimsWhatItHasNot)
         },
         [&] { [controller.get() backupLicenceIfPresent]; },
         [&] {
-            EXPECT_TRUE(holds(licence(), firstLicence)) << "a backup leaves the licence alone";
+            EXPECT_TRUE(holds(licence(), firstLicence)) << "a backup must not change the licence";
             const auto log = lines();
             ASSERT_EQ(log.size(), 2u) << testing::PrintToString(log);
             EXPECT_EQ(log[0], "License detected.");
             const std::string created = "License backup created: ";
             if (log[1].starts_with(created)) {
                 const fs::path archive = log[1].substr(created.size());
-                EXPECT_TRUE(archived(archive, firstLicence)) << "the archive that the log names is complete";
+                EXPECT_TRUE(archived(archive, firstLicence)) << "the log names an incomplete archive";
                 EXPECT_EQ(utf8([controller.get() lastBackupPath]), archive);
             } else {
                 EXPECT_TRUE(
@@ -142,7 +142,7 @@ TEST_F(FaultTest, ABackupNeverClaimsWhatItHasNot)
         [&] { return [controller.get() lastBackupPath] != nil; });
 }
 
-TEST_F(FaultTest, ALogFileIsWholeOrNotThere)
+TEST_F(FaultTest, ALogFileIsCompleteOrMissing)
 {
     const std::string text = "Quorlen 3 removal completed.\n";
     everyFault(
@@ -152,7 +152,7 @@ TEST_F(FaultTest, ALogFileIsWholeOrNotThere)
         },
         [&] { [controller.get() writeRemovalLogToDesktop]; },
         [&] {
-            EXPECT_EQ(log(), text) << "the outcome is told nowhere";
+            EXPECT_EQ(log(), text) << "no text reports the outcome";
             for (const auto &name : filesOfTheToolOnTheDesktop()) {
                 EXPECT_EQ(contents(desktop() / name), text) << name;
             }
@@ -160,7 +160,7 @@ TEST_F(FaultTest, ALogFileIsWholeOrNotThere)
         [&] { return filesOfTheToolOnTheDesktop().size() == 1; });
 }
 
-TEST_F(FaultTest, ARestoreEndsWithAWholeLicenceOrNone)
+TEST_F(FaultTest, ARestoreEndsWithACompleteLicenceOrNone)
 {
     const fs::path archive = home() / "chosen.zip";
     const fs::path folder = home() / "packed";
@@ -175,24 +175,24 @@ TEST_F(FaultTest, ARestoreEndsWithAWholeLicenceOrNone)
         },
         [&] { restored = [controller.get() restoreLicenseFromZip:ns(archive) toPath:ns(licence())]; },
         [&] {
-            EXPECT_TRUE(archived(archive, secondLicence)) << "a restore leaves its archive alone";
+            EXPECT_TRUE(archived(archive, secondLicence)) << "a restore must not change its archive";
             const auto log = lines();
             if (restored) {
                 EXPECT_EQ(log, Strings {});
                 EXPECT_TRUE(holds(licence(), secondLicence));
             } else if (log.empty()) {
-                EXPECT_TRUE(holds(licence(), firstLicence)) << "nothing is touched before there is a file to copy";
+                EXPECT_TRUE(holds(licence(), firstLicence)) << "the old licence is lost although there is no new one";
             } else {
                 ASSERT_EQ(log.size(), 1u) << testing::PrintToString(log);
                 EXPECT_TRUE(
                     log[0].starts_with("License copy error: ") || log[0].starts_with("License restore skipped: "))
                     << log[0];
                 withoutLicence += !fs::exists(licence());
-                EXPECT_TRUE(!fs::exists(licence()) || holds(licence(), firstLicence)) << "no licence or a whole one";
+                EXPECT_TRUE(!fs::exists(licence()) || holds(licence(), firstLicence)) << "the licence is incomplete";
             }
         },
         [&] { return bool(restored); });
-    EXPECT_GT(withoutLicence, 0u) << "between the old file and the new one the archive alone has a licence";
+    EXPECT_GT(withoutLicence, 0u) << "no fault came between the removal and the copy";
     fs::remove_all(folder);
     fs::remove(archive);
 }

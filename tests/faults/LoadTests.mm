@@ -1,5 +1,5 @@
-// A long day: removals and restores in one process, after which it has no more memory, descriptors, threads and
-// temporary files than before.
+// Makes many removals and restores in one process. After them the process must not have more memory, descriptors,
+// threads or temporary files than before.
 #import "detection/AppDelegate+KnownLocations.h"
 #import "licence/AppDelegate+LicenceRestore.h"
 #import "removal/AppDelegate+RemovalFlow.h"
@@ -13,7 +13,7 @@
 
 namespace fs = std::filesystem;
 
-// Declared by <Foundation/NSDebug.h> where NDEBUG isn't defined; the library always has them.
+// <Foundation/NSDebug.h> declares these only without NDEBUG. The library always has them.
 extern "C" {
 BOOL GSDebugAllocationActive(BOOL active);
 Class *GSDebugAllocationClassList(void);
@@ -23,16 +23,15 @@ int GSDebugAllocationCount(Class type);
 namespace
 {
 
-/// How many removals and restores; a few by default.
-constexpr const char *CyclesVariable = "QUORLEN_LOAD_CYCLES";
-constexpr int FewCycles = 8;
-/// Of heap, in bytes: what may lie about. A leaked string at each cycle would be more within a few hundred of them, and
-/// a leaked window within a few.
-constexpr long MayLieAbout = 64 * 1024;
-/// Of heap, in bytes: what GNUstep keeps of each cycle. It notes to which display server a window belongs, twice for
-/// each of the two alerts, and never forgets it (counted in calls of NSMapInsert and NSMapRemove; 200 bytes were
-/// measured).
-constexpr long KeptByThePlatform = 208;
+/// The number of removals and restores.
+constexpr const char *cyclesVariable = "QUORLEN_LOAD_CYCLES";
+constexpr int fewCycles = 8;
+/// The bytes of heap by which the end may exceed the beginning. A leaked string in each cycle exceeds this after a few
+/// hundred cycles, a leaked window after a few.
+constexpr long allowedExtraBytes = 64 * 1024;
+/// The bytes of heap that GNUstep leaks in each cycle. For each of the two alerts it stores the window's display server
+/// twice and never removes it (counted in calls of NSMapInsert and NSMapRemove; 200 bytes were measured).
+constexpr long bytesKeptByThePlatform = 208;
 
 long entriesOf(const char *folder)
 {
@@ -40,7 +39,7 @@ long entriesOf(const char *folder)
     return std::distance(begin(entries), end(entries));
 }
 
-/// How many more objects of each class there are than when counting began.
+/// The number of new objects of each class since counting began.
 std::map<std::string, int> countObjects()
 {
     std::map<std::string, int> counts;
@@ -52,7 +51,7 @@ std::map<std::string, int> countObjects()
     return counts;
 }
 
-/// What must not grow.
+/// The resources that must not grow.
 struct Holdings {
     int cycle = 0;
     long heap = static_cast<long>(mallinfo2().uordblks);
@@ -63,10 +62,10 @@ struct Holdings {
 
 using LoadTest = RoomTest;
 
-TEST_F(LoadTest, ManyRemovalsAndRestoresLeaveNothingBehind)
+TEST_F(LoadTest, ManyRemovalsAndRestoresLeakNothing)
 {
-    const char *given = std::getenv(CyclesVariable);
-    const int cycles = given ? std::atoi(given) : FewCycles;
+    const char *given = std::getenv(cyclesVariable);
+    const int cycles = given ? std::atoi(given) : fewCycles;
     std::size_t linesOfCycle = 0;
     GSDebugAllocationActive(YES);
     Holdings early;
@@ -87,7 +86,7 @@ TEST_F(LoadTest, ManyRemovalsAndRestoresLeaveNothingBehind)
             if (cycle == 2) {
                 linesOfCycle = lines;
             } else if (cycle > 2) {
-                ASSERT_EQ(lines, linesOfCycle) << "the log grows by the same lines in each cycle";
+                ASSERT_EQ(lines, linesOfCycle) << "the log must grow by the same lines in each cycle";
             }
             [[controller.get() logView] setString:@""];
             for (const auto &name : filesOfTheToolOnTheDesktop()) {
@@ -95,13 +94,13 @@ TEST_F(LoadTest, ManyRemovalsAndRestoresLeaveNothingBehind)
             }
         }
         if (cycle == (cycles + 3) / 4) {
-            early = { .cycle = cycle }; // what is made once is there by now, but for a few entries of caches
+            early = { .cycle = cycle }; // now the objects that are made once exist, except a few entries of caches
         }
     }
     const Holdings late;
     printf("cycles: %d, heap: %+ld bytes, descriptors: %+ld, threads: %+ld, lines a cycle: %zu\n", cycles,
         late.heap - early.heap, late.descriptors - early.descriptors, late.threads - early.threads, linesOfCycle);
-    EXPECT_LT(late.heap - early.heap, MayLieAbout + KeptByThePlatform * (cycles - early.cycle));
+    EXPECT_LT(late.heap - early.heap, allowedExtraBytes + bytesKeptByThePlatform * (cycles - early.cycle));
     for (const auto &[type, count] : late.objects) {
         EXPECT_LT(count - early.objects[type], cycles - early.cycle) << "a " << type << " is leaked in each cycle";
     }

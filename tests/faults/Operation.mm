@@ -1,8 +1,8 @@
-// One removal or one restore, as a program that can be killed in the middle and started again.
+// One removal or one restore, in a program that a test can kill in the middle and start again.
 //
 //   tracer --kill N operation --gtest_filter=*Removal|*Restore
 //
-// A removal answers its alerts: it goes on, and does not restart. A restore takes the archive QUORLEN_ARCHIVE.
+// The removal confirms its first alert and refuses the restart. The restore uses the archive QUORLEN_ARCHIVE.
 #import "app/AppDelegate.h"
 #import "detection/AppDelegate+KnownLocations.h"
 #import "licence/AppDelegate+LicenceRestore.h"

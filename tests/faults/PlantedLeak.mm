@@ -1,4 +1,4 @@
-// Leaks an object of the platform's on purpose: the leak check must find it, with its line.
+// Leaks a platform object on purpose. The leak check must find it and its line.
 #import <Cocoa/Cocoa.h>
 
 int main()

@@ -1,10 +1,12 @@
-// Makes one system call of a program fail, or kills the program before one call. A number selects the call. tracer
-// PROGRAM [ARGUMENT]... The program itself selects the call (FaultWindow.hpp). tracer --kill CALL PROGRAM [ARGUMENT]...
-// Kills the program and its children before that call of its window. If CALL is 0, it kills nothing, and the last line
-// on standard output is "calls N". It uses ptrace(2), so it also reaches the calls that the C library makes internally
-// (posix_spawn, stdio) and those of the programs that the program starts. Children that start outside a window, and
-// programs that gain rights (pkexec), run untraced. If QUORLEN_FAULTS_TOLD is set, it prints each fault on standard
-// error.
+// Makes one system call of a program fail, or kills the program before one call. A number selects the call.
+//
+//   tracer PROGRAM [ARGUMENT]...                The program itself selects the call (FaultWindow.hpp).
+//   tracer --kill CALL PROGRAM [ARGUMENT]...    Kills the program and its children before that call of its window. If
+//                                               CALL is 0, it kills nothing and prints "calls N" as its last line.
+//
+// It uses ptrace(2), so it also reaches the calls that the C library makes internally (posix_spawn, stdio) and those of
+// the programs that the program starts. Children that start outside a window, and programs that gain rights (pkexec),
+// run untraced. If QUORLEN_FAULTS_PRINT is set, it prints each fault on standard error.
 #include "tests/faults/FaultWindow.hpp"
 
 #include <cerrno>
@@ -27,7 +29,7 @@
 namespace
 {
 
-/// A kind of call, and what can go wrong with it.
+/// A kind of call and its faults.
 struct Kind {
     const char *name;
     std::vector<int> calls;
@@ -48,7 +50,7 @@ const std::vector<Kind> kinds {
     { "wait", { SYS_wait4, SYS_waitid }, { EINTR } },
 };
 
-/// A call that was seen in a window.
+/// A call in a window.
 struct Call {
     const Kind *kind;
     bool ofChild;
@@ -98,11 +100,11 @@ class Tracer
 {
 public:
     Tracer(pid_t program, bool kills, unsigned long killAt) :
-        _program(program), _kills(kills), _target(kills ? killAt : NoCall)
+        _program(program), _kills(kills), _target(kills ? killAt : noCall)
     {
     }
 
-    /// Runs the program to its end. The result is its exit status.
+    /// Runs the program to its end and returns its exit status.
     int run()
     {
         for (;;) {
@@ -147,7 +149,7 @@ private:
         } else if (event == PTRACE_EVENT_EXEC && programOf(process).ends_with("/pkexec")) {
             letGo(process);
         } else if (signal == SIGSTOP && !_traced.contains(process)) {
-            // A new child, before it does anything.
+            // A new child that has not run yet.
             if (_windowOpen) {
                 goOn(process, 0);
             } else {
@@ -186,7 +188,7 @@ private:
 
     void enterCall(pid_t process, long call, const std::uint64_t (&arguments)[6])
     {
-        if (process == _program && call == SYS_prctl && static_cast<int>(arguments[0]) == TracerRequest) {
+        if (process == _program && call == SYS_prctl && static_cast<int>(arguments[0]) == tracerRequest) {
             _answer = answer(static_cast<TracerVerb>(arguments[1]), arguments[2], arguments[3]);
             return;
         }
@@ -201,7 +203,7 @@ private:
         if (_kills) {
             killAll();
         } else if (_fault < kind->faults.size()) {
-            if (std::getenv("QUORLEN_FAULTS_TOLD")) {
+            if (std::getenv("QUORLEN_FAULTS_PRINT")) {
                 std::fprintf(stderr, "%lu %s %s of %s\n", _target, strerrorname_np(kind->faults[_fault]), kind->name,
                     programOf(process).c_str());
             }
@@ -245,7 +247,7 @@ private:
             return 0;
         case TracerVerb::End:
             _windowOpen = false;
-            return static_cast<long>(_target == NoCall ? _seen.size() : _made);
+            return static_cast<long>(_target == noCall ? _seen.size() : _made);
         case TracerVerb::FaultsOfCall:
             return first >= 1 && first <= _seen.size() ? static_cast<long>(_seen[first - 1].kind->faults.size())
                                                        : -EINVAL;
@@ -304,9 +306,9 @@ int main(int argc, char **argv)
     if (program < 0 || waitpid(program, &status, 0) != program) {
         fail("fork");
     }
-    constexpr long Options = PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_TRACECLONE |
+    constexpr long options = PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_TRACECLONE |
         PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL;
-    if (ptrace(PTRACE_SETOPTIONS, program, nullptr, Options) != 0) {
+    if (ptrace(PTRACE_SETOPTIONS, program, nullptr, options) != 0) {
         fail("ptrace");
     }
     Tracer tracer(program, kills, killAt);

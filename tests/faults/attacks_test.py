@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""What another process of the user can make the superuser do between the click and the end of the cleanup script.
+"""Attacks by another process of the user, between the click and the end of the cleanup script.
 
 usage: tests/faults/attacks_test.py
 
-Each attack of docs/security.md is tried on a practice Mac, with everything that the user may do; what is judged is what
-then is on the disk. Attacks that the design withstands must fail, and those that it cannot withstand must succeed: the
-document tells the truth about both. QUORLEN_BUILD names the build folder (build/linux).
+Tries each attack of docs/security.md on a practice Mac, with the user's own rights, and then checks the disk. An attack
+that the design withstands must fail. An attack that it cannot withstand must succeed, as the document says.
+QUORLEN_BUILD is the build folder (build/linux).
 """
 
 import os
@@ -19,13 +19,13 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import scene  # noqa: E402
 from scene import HOME, as_ann  # noqa: E402
 
-FOREIGN = pathlib.Path("/srv/foreign")  # root's own; nothing of the product
-MARK = FOREIGN / "mark"                 # an attack that runs something as root leaves it
-BAIT = HOME / "bait"                    # what an attacker has prepared
+FOREIGN = pathlib.Path("/srv/foreign")  # a folder of root's, with nothing of the product
+MARK = FOREIGN / "mark"                 # a file that an attack leaves if it runs something as root
+BAIT = HOME / "bait"                    # the attacker's files
 LOGS = HOME / "Library/Logs/Quorlen"    # the last of the locations
 SWAPS = 2000                            # folders that an attacker swaps while they are deleted
 
-# Swaps each folder for a link and back, over and over; prints how many swaps it made once some folder was gone.
+# Replaces each folder by a link and back, repeatedly. Prints the number of swaps after the first folder was deleted.
 SWAPPER = """
 import atexit, os, signal, sys
 during, gone = 0, set()
@@ -48,7 +48,7 @@ while len(gone) < int(sys.argv[2]):
 
 
 def root_tree() -> None:
-    """Makes root's own folder from scratch, with entries that carry names of the product and entries that don't."""
+    """Makes root's folder again, with entries that have the product's names and entries that do not."""
     subprocess.run(["rm", "-rf", FOREIGN, BAIT], check=True)
     for name in ("precious/file", "Quorlen/file"):
         path = FOREIGN / name
@@ -58,16 +58,17 @@ def root_tree() -> None:
 
 
 def shell_of_ann(script: str) -> None:
-    """Runs a shell script as the user, in his home."""
+    """Runs a shell script as the user in the user's home."""
     subprocess.run(as_ann("/bin/sh", "-euc", script), cwd=HOME, check=True, timeout=scene.TIMEOUT)
 
 
 def removed(folder: pathlib.Path = HOME, **environment: object) -> bool:
-    """Makes a removal, with the attacker's environment. Whether it ended well and all locations are gone."""
+    """Makes a removal in the attacker's environment. Returns whether it succeeded and removed all locations."""
     return ended_well(scene.start_operation("Removal", folder=folder, **environment))
 
 
 def ended_well(process: subprocess.Popen) -> bool:
+    """Returns whether a removal succeeded and removed all locations."""
     status, output = scene.finished(process)
     if status:
         print(output)
@@ -75,29 +76,29 @@ def ended_well(process: subprocess.Popen) -> bool:
 
 
 def untouched() -> bool:
-    """Whether all of root's own is there, and nothing more."""
+    """Returns whether root's folder still has all its entries and no mark."""
     return (FOREIGN / "precious/file").exists() and (FOREIGN / "Quorlen/file").exists() and not MARK.exists()
 
 
 def bait_program(name: str) -> None:
-    """A program of the attacker's that would leave the mark if it ran as root."""
+    """Makes a program of the attacker that leaves the mark if it runs as root."""
     shell_of_ann(f"mkdir -p {BAIT}; cd {BAIT}; printf '#!/bin/sh\\n: > {MARK}\\n' > {name}; chmod 755 {name}")
 
 
 def a_location_is_a_link() -> bool:
-    """A location is a link to somebody else's folder: the link goes, the folder stays."""
+    """A location is a link to another user's folder: the link is removed, the folder stays."""
     shell_of_ann(f"rm -rf Library/Logs/Quorlen; ln -s {FOREIGN}/precious Library/Logs/Quorlen")
     return removed() and untouched() and not LOGS.is_symlink()
 
 
 def an_entry_below_a_location_is_a_link() -> bool:
-    """Below a location lie links to somebody else's folder: they go, the folder stays."""
+    """There are links to another user's folder below a location: they are removed, the folder stays."""
     shell_of_ann(f"mkdir -p Library/Logs/Quorlen/deep; ln -s {FOREIGN} Library/Logs/Quorlen/deep/link")
     return removed() and untouched()
 
 
 def entries_are_swapped_while_they_are_deleted() -> bool:
-    """While the superuser deletes, folders below a location become links to somebody else's folder, over and over."""
+    """While root deletes, folders below a location repeatedly become links to another user's folder."""
     shell_of_ann(f"mkdir -p {LOGS}; cd {LOGS}; "
                  f"for i in $(seq 0 {SWAPS - 1}); do mkdir -p d$i/e; for j in 1 2 3 4 5; do : > d$i/e/$j; done; done")
     with subprocess.Popen(as_ann("/usr/bin/python3", "-ISc", SWAPPER, FOREIGN, SWAPS), cwd=LOGS, text=True,
@@ -107,12 +108,13 @@ def entries_are_swapped_while_they_are_deleted() -> bool:
         swapping.terminate()
         during = int(swapping.stdout.readline())
     print(f"attack: {during} swaps were made after the first of {SWAPS} folders was deleted", flush=True)
-    # A folder that is swapped at the wrong moment can't be deleted; the removal then fails, and the next one completes.
+    # A swap at the wrong moment prevents the deletion of the folder. Then the removal fails, and the next one
+    # completes.
     return during > 0 and untouched() and (status == 0 or status == 1 and removed() and untouched())
 
 
 def a_parent_is_a_link() -> bool:
-    """A folder above a location is a link: what carries the location's name in the other place is deleted."""
+    """A folder above a location is a link: an item with the location's name in the linked folder is deleted."""
     shell_of_ann(f"rm -rf Library/Logs; ln -s {FOREIGN} Library/Logs")
     deleted = removed() and not (FOREIGN / "Quorlen").exists() and (FOREIGN / "precious/file").exists()
     shell_of_ann("rm Library/Logs; mkdir Library/Logs")
@@ -120,7 +122,7 @@ def a_parent_is_a_link() -> bool:
 
 
 def the_environment_is_hostile() -> bool:
-    """Variables that shells, loaders and interpreters obey, and programs of the attacker's first on the search path."""
+    """The attacker sets variables of shells, loaders and interpreters, and puts programs first on the search path."""
     for name in ("launchctl", "pkill", "rm", "sfltool", "cat", "sh", "startup"):
         bait_program(name)
     startup = BAIT / "startup"
@@ -130,21 +132,21 @@ def the_environment_is_hostile() -> bool:
 
 
 def the_home_variable_points_elsewhere() -> bool:
-    """HOME names somebody else's folder."""
+    """HOME is another user's folder."""
     library = FOREIGN / "Library/Logs/Quorlen"
     library.mkdir(parents=True)
     return removed(HOME=FOREIGN) and untouched() and library.exists()
 
 
 def the_working_folder_is_hostile() -> bool:
-    """The tool is started in a folder with programs of the attacker's."""
+    """The tool is started in a folder with the attacker's programs."""
     for name in ("cat", "sh", "rm", "eval", "exit", "set"):
         bait_program(name)
     return removed(folder=BAIT) and untouched()
 
 
 def the_text_is_overwritten() -> bool:
-    """While the superuser's shell runs, the text that it was given is written to, through the tool's own descriptor."""
+    """While root's shell runs, the attacker writes to its script through the tool's descriptor."""
     scene.stage("tool", "launchctl", "hangs")
     process = scene.start_operation("Removal")
     tried = refused = 0
@@ -165,18 +167,19 @@ def the_text_is_overwritten() -> bool:
 
 
 def hanging_launchctl() -> list[int]:
+    """Returns the processes of a launchctl that hangs."""
     return [pid for pid, command in scene.commands() if b"\0/bin/launchctl\0" in command]
 
 
 def a_label_is_borrowed() -> bool:
-    """A process of somebody else's has a label of the product in its arguments: it is killed."""
+    """Another user's process has a label of the product in its arguments: it is killed."""
     bystander = subprocess.Popen(["/bin/sh", "-c", "sleep 600; : com.vendrel.QuorlenDaemon"], process_group=0)
     killed = removed() and bystander.wait(timeout=60) == -signal.SIGTERM
-    os.killpg(bystander.pid, signal.SIGKILL)  # the sleep that it waited for
+    os.killpg(bystander.pid, signal.SIGKILL)  # the sleep that the shell started
     return killed
 
 
-# The attack, and whether the design withstands it.
+# Each attack, and whether the design withstands it.
 ATTACKS: dict[Callable[[], bool], bool] = {
     a_location_is_a_link: True,
     an_entry_below_a_location_is_a_link: True,
@@ -191,7 +194,7 @@ ATTACKS: dict[Callable[[], bool], bool] = {
 
 
 def inside() -> int:
-    """Tries all of them, and returns the exit status."""
+    """Tries all attacks and returns the exit status."""
     wrong = 0
     for attack, withstood in ATTACKS.items():
         root_tree()
@@ -199,7 +202,7 @@ def inside() -> int:
         as_documented = attack()
         wrong += not as_documented
         print(f"attack: {attack.__doc__.splitlines()[0]} {'Withstood' if withstood else 'Cannot be withstood'}"
-              f"{'.' if as_documented else ': NOT SO.'}", flush=True)
+              f"{'.' if as_documented else ': THE TEST SHOWS OTHERWISE.'}", flush=True)
     return 1 if wrong else 0
 
 
