@@ -1,4 +1,4 @@
-// Records which functions of the slice a run enters: a breakpoint on the first instruction of each.
+// Records which functions of the slice a run enters, with a breakpoint on the first instruction of each.
 #include "Machine.hpp"
 #include "Slice.hpp"
 
@@ -12,7 +12,7 @@ namespace
 
 std::vector<std::uint8_t *> functions;
 std::vector<std::vector<std::uint8_t>> firstInstructions;
-std::uint8_t *entered; // In the file.
+std::uint8_t *entered; // The mapped file.
 
 void write(std::uint8_t *function, std::span<const std::uint8_t> instruction)
 {

@@ -1,9 +1,9 @@
-// A Mac shows the main menu at the top of the screen, outside the window. GNUstep would rearrange it and show it in a
-// window of its own. Here it stays as the slice makes it and out of sight, so that the window can be compared with the
-// native build's, which has no menu.
+// A Mac shows the main menu at the top of the screen, outside the window. GNUstep would rearrange it and show it in
+// another window. This file keeps it unchanged and hidden, so that a test can compare the window with the native
+// build's window, which has no menu.
 #import <AppKit/AppKit.h>
 
-// The overrides of GNUstep's methods below are meant.
+// The methods below override GNUstep's on purpose.
 #pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
 
 @interface NSMenu (HiddenMenu)
@@ -15,7 +15,7 @@
 {
 }
 
-/// GNUstep's own: makes the application's menu the main one's items.
+/// GNUstep's method: makes the application's menu from the main menu's items.
 - (void)_organizeMenu
 {
 }

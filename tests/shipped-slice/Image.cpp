@@ -41,7 +41,7 @@ template <typename T> const T &at(Bytes file, std::size_t offset)
     return *reinterpret_cast<const T *>(part(file, offset, sizeof(T)).data());
 }
 
-/// Takes a LEB128 number from the front of a table. A negative one wraps around, which is right where it is added.
+/// Reads a LEB128 number at the front of a table. A negative number wraps around, which gives the right sum.
 std::uint64_t takeNumber(Bytes &table, bool isSigned = false)
 {
     std::uint64_t number = 0, next = 0x80;
@@ -53,13 +53,13 @@ std::uint64_t takeNumber(Bytes &table, bool isSigned = false)
     return isSigned && next & 0x40 ? number | ~0ULL << shift : number;
 }
 
-/// The machine that dyld's opcodes drive: it goes from pointer to pointer and changes each.
+/// The state machine of dyld's opcodes. It goes from pointer to pointer and changes each.
 struct Fixer {
     Bytes table;
     const std::vector<std::uint8_t *> &segments;
     const Image &image;
-    std::uintptr_t slide;                  // What rebasing adds; 0 for binding.
-    std::uintptr_t symbol = 0, addend = 0; // What binding writes.
+    std::uintptr_t slide;                  // The amount that rebasing adds; 0 for binding.
+    std::uintptr_t symbol = 0, addend = 0; // The value that binding writes.
     std::uint8_t *place = nullptr;
 
     std::uint64_t number() { return takeNumber(table); }
@@ -75,7 +75,7 @@ struct Fixer {
     }
 };
 
-// An opcode's high four bits choose its step, the low four are the step's operand.
+// An opcode's high four bits select the step. The low four bits are the step's operand.
 using Step = void (*)(Fixer &fixer, std::uint64_t operand);
 constexpr Step nothing = [](Fixer &, std::uint64_t) { };
 constexpr Step skipNumber = [](Fixer &f, std::uint64_t) { f.number(); };
@@ -116,8 +116,8 @@ void fixUp(Fixer fixer, const Steps &steps)
     }
 }
 
-/// This machine's slice as a file of its own. A universal file begins with a big-endian table: its mark, the number of
-/// slices, and for each of them processor, kind of processor, offset, size and alignment.
+/// This machine's slice, as a Mach-O file. A universal file begins with a big-endian table: its magic number, the
+/// number of slices, and for each slice processor, processor subtype, offset, size and alignment.
 Bytes ownSlice(Bytes file)
 {
     constexpr std::uint32_t universal = 0xcafebabe, machO = 0xfeedfacf, executable = 2;
@@ -146,8 +146,8 @@ Image::Image(const std::string &path)
     const std::vector<std::uint8_t> content(std::istreambuf_iterator<char>(stream), {});
     const Bytes file = ownSlice(content);
 
-    // The load commands. What the idle ones say changes nothing that runs: symbols, dylibs, dyld, UUID, signature,
-    // versions, data in code.
+    // The load commands. The idle ones have no effect here: symbols, dylibs, dyld, UUID, signature, versions, data in
+    // code.
     enum : std::uint32_t { segmentKind = 0x19, startsKind = 0x26, fixupKind = 0x80000022, mainKind = 0x80000028 };
     constexpr std::uint32_t chained = 0x80000034, idle[] { 0x2, 0xb, 0xc, 0xe, 0x1b, 0x1d, 0x24, 0x29, 0x2a, 0x32 };
     std::map<std::uint32_t, std::size_t> commands { { startsKind, 0 }, { fixupKind, 0 }, { mainKind, 0 } };

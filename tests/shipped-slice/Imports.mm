@@ -16,7 +16,7 @@
 #include <utility>
 
 extern "C" {
-/// Apple's reference names the class in which the message is written, GNU's that class's superclass.
+/// Apple's super reference has the class that sends the message. GNU's has that class's superclass.
 IMP lookUpSuperMethod(const objc_super *reference, SEL selector)
 {
     objc_super super { reference->self, class_getSuperclass(reference->super_class) };
@@ -30,11 +30,11 @@ _Unwind_Reason_Code libraryPersonality(int, _Unwind_Action, _Unwind_Exception_Cl
 namespace
 {
 
-// Exceptions. GNU's runtime throws an object right behind the unwinder's header, to libstdc++ an exception of a foreign
-// language. Told which object that is and of which class a handler is, libstdc++'s personality reads the slice's tables
-// for both languages, as Apple's does.
+// Exceptions. GNU's runtime throws an object right after the unwinder's header. To libstdc++ that is an exception of a
+// foreign language. With the object and the handler's class from this file, libstdc++'s personality reads the slice's
+// tables for both languages, as Apple's does.
 
-thread_local _Unwind_Exception *current; // What a personality is asked about.
+thread_local _Unwind_Exception *current; // The exception that a personality handles now.
 
 bool isObject(const _Unwind_Exception *exception)
 {
@@ -96,19 +96,19 @@ std::map<std::string_view, std::uintptr_t> makeBridges()
         { "_objc_exception_throw", address(objc_exception_throw) },
         { "_objc_exception_rethrow", address(dlsym(RTLD_DEFAULT, "__cxa_rethrow")) },
         { "___objc_personality_v0", address(personality) },
-        { "_OBJC_EHTYPE_id", 0 },                            // A handler without a type catches all.
-        { "_OBJC_CLASS_$_NSTask", address([NSTask class]) }, // The name of ours, thanks to the platform's header.
-        { "__objc_empty_cache", 0 },                         // GNU's runtime keeps its own.
+        { "_OBJC_EHTYPE_id", 0 },                            // A handler without a type catches every object.
+        { "_OBJC_CLASS_$_NSTask", address([NSTask class]) }, // The platform's header gives our class this name.
+        { "__objc_empty_cache", 0 },                         // GNU's runtime has its own cache.
         { "___CFConstantStringClassReference", address(objc_lookUpClass("NSConstantString")) },
         { "___NSArray0__", address(new id([[NSArray alloc] init])) },
         { "___NSDictionary0__", address(new id([[NSDictionary alloc] init])) },
         { "___stack_chk_guard", address(new std::uintptr_t(0x2a6f0d51c4e97b00)) },
-        { "dyld_stub_binder", 0 }, // Nothing is left to be bound later.
+        { "dyld_stub_binder", 0 }, // Everything is bound before the start.
     };
 }
 
-// Functions and variables that are the same on both systems, down to the layout of what they take. A name alone proves
-// nothing: `stat` is another function on a Mac.
+// Functions and variables that are the same on both systems, including the layout of their arguments. The same name is
+// not enough: `stat` is a different function on a Mac.
 constexpr std::array<std::string_view, 13> same { "_NSApp", "_NSApplicationMain",
     "_NSApplicationWillFinishLaunchingNotification", "_NSHomeDirectory", "_NSTemporaryDirectory",
     "_NSSearchPathForDirectoriesInDomains", "__NSConcreteGlobalBlock", "__NSConcreteStackBlock", "__Unwind_Resume",
@@ -122,7 +122,7 @@ std::uintptr_t addressOfImport(std::string_view name)
     if (const auto bridge = bridges.find(name); bridge != bridges.end()) {
         return bridge->second;
     }
-    // "_OBJC_CLASS_$_NSString", or a plain name behind its underscore.
+    // "_OBJC_CLASS_$_NSString", or a plain name after its underscore.
     const auto mark = name.find("_$_");
     const auto kind = name.substr(0, mark);
     const std::string plain(name.substr(mark == name.npos ? 1 : mark + 3));
@@ -133,7 +133,7 @@ std::uintptr_t addressOfImport(std::string_view name)
         found = kind == "_OBJC_EHTYPE" ? address(new ObjectType(platformClass)) : address(platformClass);
     } else if (name.starts_with("__Z") || name.starts_with("___cxa_") || name.starts_with("___gxx_") ||
         std::ranges::count(same, name)) {
-        // Of Debian's two C++ libraries the one that unwinds comes first; only the other has what is Apple's own.
+        // Debian has two C++ libraries. The one that unwinds comes first; only the other has Apple's names.
         static void *const secondLibrary = dlopen("libc++.so.1", RTLD_NOW);
         found = address(dlsym(RTLD_DEFAULT, plain.c_str()) ?: dlsym(secondLibrary, plain.c_str()));
     }

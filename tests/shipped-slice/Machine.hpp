@@ -1,4 +1,4 @@
-/// What differs between the machines whose slices run here. Each machine's folder defines all of it.
+/// The differences between the machines of the slices. Each machine's folder defines all of these declarations.
 #pragma once
 
 #include <cstdint>
@@ -17,29 +17,29 @@ namespace machine
 extern const std::string_view name;
 extern const std::uint32_t processor;
 
-/// DWARF's columns of the frame pointer and the return address. A frame's address is the frame pointer + 16, and right
-/// below it lie the return address and the caller's frame pointer.
+/// DWARF's columns of the frame pointer and the return address. A frame's address is the frame pointer + 16. The return
+/// address and the caller's frame pointer are right below it.
 extern const std::uint8_t framePointer, returnAddress;
-/// Gives DWARF's rules for the registers that a function saves, by its compact unwind encoding; nothing for a function
-/// that no exception passes. Refuses an encoding without a frame pointer.
+/// Returns DWARF's rules for the registers that a function saves, from its compact unwind encoding. Returns nothing for
+/// a function through which no exception passes. Refuses an encoding without a frame pointer.
 std::optional<std::vector<std::uint8_t>> savedRegisters(std::uint32_t encoding);
 
 /// The instruction that raises SIGTRAP.
 extern const std::span<const std::uint8_t> breakpoint;
-/// Gives the address of the breakpoint that a signal handler was called for, and lets the program go on there.
+/// Returns the address of the breakpoint of a signal handler's call, and lets the program continue there.
 std::uint8_t *takeBreakpoint(ucontext_t &context);
 
-/// Tells the sends of a selector (a SEL) of the slice. Refuses the name of a variadic method of the platform's that
+/// Registers a selector (a SEL) of the slice for its message sends. Refuses the name of a variadic platform method that
 /// needs a bridge and has none.
 void noteSelector(const Image &slice, std::string_view name, const void *selector);
 
-/// Gives the address of an import that only this machine has, or for which it has a bridge of its own to the address
-/// `found`; otherwise `found`.
+/// Returns the address of an import that only this machine has, or the address of this machine's bridge to `found`.
+/// Otherwise returns `found`.
 std::uintptr_t bridgedImport(std::string_view name, std::uintptr_t found);
 
 }
 
 extern "C" {
-/// Sends as Apple's runtime has them, in Sends.S. A message to nil returns zero, of whatever type.
+/// Message sends with the interface of Apple's runtime, in Sends.S. A message to nil returns zero of any type.
 extern const char sendMessage, sendSuper;
 }

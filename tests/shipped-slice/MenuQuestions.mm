@@ -1,6 +1,5 @@
-// A bundle that GNUstep loads into the running slice. It writes to the standard output how the menu bar is, item by
-// item, in four states of the tool; what "Copy" puts on the pasteboard; and what becomes of an alert when each item is
-// chosen.
+// A bundle that GNUstep loads into the running slice. It prints the items of the menu bar in four states of the tool,
+// the text that "Copy" puts on the pasteboard, and the effect of each item on an alert.
 #import <AppKit/AppKit.h>
 
 #import "app/AppDelegate.h"
@@ -13,7 +12,7 @@ namespace
 
 void writeItems(NSMenu *menu)
 {
-    [menu update]; // As when it opens: each item is enabled or not by what would take its action.
+    [menu update]; // As when it opens: an item is enabled if an object handles its action.
     for (NSMenuItem *item in [menu itemArray]) {
         if ([item isSeparatorItem]) {
             std::cout << "-\n";
@@ -47,7 +46,7 @@ void write(const char *state)
 
 - (instancetype)init
 {
-    // The run loop comes after the launch.
+    // The run loop starts after the launch.
     [self performSelector:@selector(askMenu) withObject:nil afterDelay:0];
     return self;
 }

@@ -7,7 +7,7 @@
 #import <objc/runtime.h>
 #include <utility>
 
-// The runtime knows a protocol when a class that it knows adopts it.
+// The runtime knows a protocol only if a class that it knows adopts the protocol.
 @interface Adopter : NSObject <NSApplicationDelegate>
 @end
 
@@ -38,7 +38,7 @@ struct Method {
 struct Variable {
     const std::int32_t *offset;
     const char *name, *type;
-    std::uint32_t alignment, size; // The alignment as a power of two.
+    std::uint32_t alignment, size; // The alignment's binary logarithm.
 };
 
 struct ProtocolRecord {
@@ -73,8 +73,7 @@ struct CategoryRecord {
     const ProtocolList *protocols;
 };
 
-/// The runtime's class for a reference to a class, which the slice has either from the platform or from its own
-/// records.
+/// The runtime's class for a reference to a class. The slice refers to the platform's classes and to its own records.
 Class classOf(const Image &image, const void *reference)
 {
     if (!image.contains(reference)) {
@@ -88,7 +87,7 @@ void addMethods(Class extended, const List<Method> *methods)
 {
     for (const auto &[name, types, implementation] : methods->entriesOf(methods)) {
         const SEL selector = sel_registerTypedName(name, types);
-        if (!class_addMethod(extended, selector, implementation, types)) { // A category overrides.
+        if (!class_addMethod(extended, selector, implementation, types)) { // A category replaces an existing method.
             method_setImplementation(class_getInstanceMethod(extended, selector), implementation);
         }
     }
@@ -123,7 +122,7 @@ void addClass(const Image &image, const ClassRecord *record)
     addMethods(object_getClass(added), record->metaclass->description->methods);
     adoptProtocols(added, own.protocols);
     objc_registerClassPair(added);
-    for (const auto &variable : variables) { // The compiler may have put offsets into instructions: they cannot change.
+    for (const auto &variable : variables) { // Offsets cannot change: the compiler may have put them into instructions.
         const auto offset = ivar_getOffset(class_getInstanceVariable(added, variable.name));
         if (offset != *variable.offset) {
             refuse(own.name + std::string("'s ") + variable.name + " is at " + std::to_string(*variable.offset) +
@@ -148,7 +147,7 @@ void connectMetadata(const Image &image)
         if (flags != 0x7c8) {
             refuse("a constant string is not ASCII");
         }
-        flags = std::exchange(bytes, length); // GNUstep's has the class, the bytes and their number.
+        flags = std::exchange(bytes, length); // GNUstep's layout: the class, the bytes, their number.
     }
     for (auto &selector : image.section<const char *>("__objc_selrefs")) {
         const char *name = std::exchange(selector, reinterpret_cast<const char *>(sel_registerName(selector)));

@@ -1,5 +1,5 @@
-// A bundle that GNUstep loads into the running slice, to have what no person can: an answer from every public method
-// that the tool itself doesn't call, and the controller's end, which otherwise the process's end forestalls.
+// A bundle that GNUstep loads into the running slice. It tests what no user can reach: the public methods that the tool
+// itself does not call, and the controller's destruction, before which the process normally ends.
 #import "app/AppDelegate.h"
 #import "licence/AppDelegate+LicenceRestore.h"
 #import "platform/Retained.hpp"
@@ -50,7 +50,9 @@ void sendMouseMoved()
 
 - (void)ask:(NSNotification *)notification
 {
-    [self performSelector:@selector(askController) withObject:nil afterDelay:0]; // The controller is told first.
+    [self performSelector:@selector(askController)
+               withObject:nil
+               afterDelay:0]; // The controller gets the notification first.
 }
 
 - (void)askController
@@ -60,8 +62,8 @@ void sendMouseMoved()
     expect([[window title] isEqualToString:@"Quorlen 3 Removal Tool"], "the controller has its window");
     expect([[[controller restoreLicenseButton] title] isEqualToString:@"Restore License"],
         "the controller has its button");
-    expect([controller lastBackupPath] == nil, "no archive was made");
-    // By name: the runtime doesn't know a @protocol of this bundle, since no class here adopts it.
+    expect(![controller lastBackupPath], "no archive was made");
+    // By name: no class in this bundle adopts the protocol, so the runtime does not know its @protocol.
     expect([[controller class] conformsToProtocol:NSProtocolFromString(@"NSApplicationDelegate")],
         "the controller's class says that it is an application's delegate");
     expect([[controller shellQuotedString:@"o'neil"] isEqualToString:@"'o'\\''neil'"], "a quotation mark is quoted");
@@ -75,12 +77,12 @@ void sendMouseMoved()
     [NSApp setDelegate:nil];
     [window retain];
     const NSUInteger owners = [window retainCount];
-    static_cast<void>(adopt(controller)); // The reference of main(), which never returns to let it go.
-    expect([window retainCount] == owners - 1, "the controller lets its window go");
+    static_cast<void>(adopt(controller)); // The reference of main(), which never returns to release it.
+    expect([window retainCount] == owners - 1, "the controller releases its window");
     [hidden setHidden:NO];
     sendMouseMoved();
-    expect(![hidden isHidden], "the handler that outlives the controller finds nobody");
-    [NSEvent removeMonitor:monitor]; // And with it what the handler captured.
+    expect(![hidden isHidden], "the handler does nothing after the controller's end");
+    [NSEvent removeMonitor:monitor]; // This also releases the handler's captures.
     std::exit(0);
 }
 

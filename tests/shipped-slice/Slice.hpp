@@ -1,7 +1,7 @@
-/// Running a slice of a Mac executable on Debian, with GNUstep in AppKit's place: the steps of it, in order.
+/// Runs a slice of a Mac executable on Debian with GNUstep instead of AppKit. These are the steps, in order.
 ///
-/// Each step knows what our compiler and linker write for macOS; what differs between the machines is in Machine.hpp.
-/// Whatever else it meets it refuses, before anything of the slice has run.
+/// Each step handles what our compiler and linker write for macOS. It refuses everything else before any code of the
+/// slice runs. Machine.hpp has the differences between the machines.
 #pragma once
 
 #include <algorithm>
@@ -13,19 +13,18 @@
 #include <string_view>
 #include <vector>
 
-/// Says what of the slice is not understood, and ends the program with status 2.
+/// Prints what the loader does not support, and ends the program with status 2.
 [[noreturn]] void refuse(const std::string &what);
 
-/// Gives the address of an imported name (with its leading underscore), or refuses the name.
+/// Returns the address of an imported name (with its leading underscore), or refuses the name.
 std::uintptr_t addressOfImport(std::string_view name);
 
 /// The slice in memory. It stays there until the program ends.
 struct Image {
-    /// Maps this machine's slice of an executable at another address than it was linked for, and binds its
-    /// imports.
+    /// Maps this machine's slice of an executable to another address than its link address, and binds its imports.
     explicit Image(const std::string &path);
 
-    /// A section as an array; empty where there is none.
+    /// A section as an array; empty if there is no such section.
     template <typename T> std::span<T> section(std::string_view name) const
     {
         const auto found = sections.find(name);
@@ -35,15 +34,15 @@ struct Image {
     bool contains(const void *address) const { return address >= header && address < end; }
 
     std::uint8_t *header, *end, *entry;    // The file's offsets count from the header. The entry is main().
-    std::vector<std::uint8_t *> functions; // Where each one begins, in order.
-    std::map<std::string, std::span<std::uint8_t>, std::less<>> sections; // By name; those that hold something.
+    std::vector<std::uint8_t *> functions; // Their first addresses, in order.
+    std::map<std::string, std::span<std::uint8_t>, std::less<>> sections; // The sections that are not empty, by name.
 };
 
-/// Makes the slice's frames known to the unwinder, so that exceptions pass through them.
+/// Registers the slice's frames with the unwinder, so that exceptions pass through them.
 void registerFrames(const Image &image);
-/// Makes the slice's classes and categories known to the Objective-C runtime, and the runtime's to the slice.
+/// Registers the slice's classes and categories with the Objective-C runtime, and links the slice to the runtime's.
 void connectMetadata(const Image &image);
-/// Sends the categories of the slice their `load`, as the runtime of a Mac does before main().
+/// Calls `load` of the slice's categories, as a Mac's runtime does before main().
 void callLoadMethods(const Image &image);
-/// Has the byte of each function in a file turn to 1 when the function is first entered. No file, no record.
+/// Sets the byte of each function in a file to 1 when the function is first entered. Does nothing without the file.
 void recordCoverage(const Image &image, const std::string &path);

@@ -9,9 +9,9 @@ void registerEntries(const void *entries) __asm__("__register_frame"); // libgcc
 namespace
 {
 
-/// A function's frame in DWARF's words: a common entry of its own and, behind it, the description entry.
+/// A function's frame in DWARF: its own common information entry, followed by the frame description entry.
 struct [[gnu::packed]] Frame {
-    // Version 1, "zPLR", code in steps of 1, data in steps of -8, the return address's column; absolute pointers.
+    // Version 1, "zPLR", code alignment 1, data alignment -8, the return address's column, absolute pointers.
     std::uint32_t commonSize = 36, commonId = 0;
     std::array<std::uint8_t, 11> common { 1, 'z', 'P', 'L', 'R', 0, 1, 0x78, machine::returnAddress, 11, 0 };
     std::uint64_t personality = 0;
@@ -37,13 +37,13 @@ void registerFrames(const Image &image)
     const auto words = [&](std::size_t offset) { return array(offset, std::uint32_t {}); };
     const auto [version, commonOffset, commonCount, personalitiesOffset, personalityCount, pagesOffset, pageCount] =
         *array(0, std::array<std::uint32_t, 7> {});
-    // Of each page: its first function, where its content is, where the handlers of its functions begin. The last page
-    // only says where the functions end.
+    // For each page: its first function, the offset of its content, the offset of its functions' handlers. The last
+    // page only marks the end of the functions.
     const auto *pages = array(pagesOffset, std::array<std::uint32_t, 3> {});
-    // Of each function that has any: the function and its handlers.
+    // For each function with handlers: the function and its handlers.
     const auto *handlers = array(pages[0][2], std::array<std::uint32_t, 2> {});
 
-    auto &frames = *new std::vector<Frame>; // The unwinder keeps them.
+    auto &frames = *new std::vector<Frame>; // The unwinder uses them until the program ends.
     for (std::uint32_t p = 0; p + 1 < pageCount; ++p) {
         const auto [page, content, firstHandlers] = pages[p];
         const auto [kind, zero, entriesOffset, entryCount, encodingsOffset, encodingCount] =
@@ -51,7 +51,7 @@ void registerFrames(const Image &image)
         if (kind != 3) {
             refuse("unwind information is not compressed");
         }
-        // An entry: in the high byte the number of its encoding, below it the function's distance from the page's.
+        // An entry has the number of its encoding in the high byte, and below it the function's offset in the page.
         const auto *entries = words(content + entriesOffset);
         for (std::uint32_t i = 0; i < entryCount; ++i) {
             const auto number = entries[i] >> 24;
@@ -77,6 +77,6 @@ void registerFrames(const Image &image)
             std::ranges::copy(*rules, frame.savedRegisters.begin());
         }
     }
-    frames.emplace_back().commonSize = 0; // The end.
+    frames.emplace_back().commonSize = 0; // The end marker.
     registerEntries(frames.data());
 }

@@ -1,4 +1,4 @@
-"""Asks the controller of the shipped slice what no journey can: see Questions.mm."""
+"""Tests the parts of the shipped slice's controller that no journey reaches. See Questions.mm."""
 
 import sys
 import unittest

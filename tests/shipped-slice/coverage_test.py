@@ -1,12 +1,12 @@
-"""Tells how many functions of the shipped slice this run has entered, and holds the minimum: all of the product's own but
-these. What the compiler took into the slice from the C++ library is counted too, but need not be entered."""
+"""Prints how many functions of the shipped slice this run entered. The run must enter all functions of the product
+except NEVER_ENTERED. It need not enter the functions that the compiler copied from the C++ library."""
 
 import re
 import unittest
 
 import slices
 
-# Neither a journey nor a question (Questions.mm) leads there, on either machine.
+# No journey and no question (Questions.mm) enters these, on either machine.
 NEVER_ENTERED = {
     "an exception that leaves a frame without being expected there": {
         "Retained<NSImageView>::~Retained()",
@@ -14,13 +14,13 @@ NEVER_ENTERED = {
         "DetectionReport::~DetectionReport()",
     },
 }
-# What begins so is the C++ library's: a name in std, or what clang calls when an exception has nowhere to go.
+# The C++ library's functions: names in std, and the function that clang calls for an uncaught exception.
 LIBRARY = re.compile(r"__Z(NK?)?S[tabsiod]|___clang_call_terminate$")
 
 
 def functions() -> list[str]:
-    """Returns the mangled names of the slice's functions in their order. The shipped executable is stripped of them: it
-    is linked again with them, and its code must come out the same."""
+    """Returns the mangled names of the slice's functions in order. The shipped executable has no names. So this links
+    it again with names and checks that the code is the same."""
     folder = slices.FOLDER / "coverage"
     shipped, named = slices.FOLDER / "slice", folder / "named"
     slices.link_slice(named, objects=slices.objects(), stripped=False)
@@ -35,7 +35,7 @@ def functions() -> list[str]:
 
 
 def readable(mangled: list[str]) -> set[str]:
-    """Returns names as the sources have them."""
+    """Returns the names in the sources."""
     return set(slices.llvm("llvm-cxxfilt", "--strip-underscore", text="\n".join(mangled)).splitlines())
 
 

@@ -1,6 +1,6 @@
-// Runs a slice of a Mac executable on Debian: the one to which the link "Slice" beside this program leads, with
-// this program's arguments and environment. If there is a file "Coverage" too, it gets what the slice's functions were
-// entered.
+// Runs a slice of a Mac executable on Debian, with this program's arguments and environment. The link "Slice" next to
+// this program points to the executable. If there is also a file "Coverage", this program records there which functions
+// of the slice were entered.
 #include "Slice.hpp"
 
 #include <filesystem>
@@ -15,8 +15,9 @@ int main(int argc, const char *argv[])
     registerFrames(image);
     connectMetadata(image);
     recordCoverage(image, folder / "Coverage");
-    // libobjc 4 finds a method that was exchanged in a class before its first message in every class before its first
-    // message. The platform does so with a `defaultCenter`, so this class gets its first message here.
+    // libobjc 4 has a bug: a method that is exchanged before its class gets its first message is also exchanged in
+    // other classes that have had no message. The platform exchanges a `defaultCenter`, so this class gets a message
+    // first.
     [NSNotificationCenter class];
     callLoadMethods(image);
     [pool release];

@@ -17,7 +17,7 @@ import window_journeys
 COMMAND, COMMAND_AND_OPTION = 1 << 20, 1 << 20 | 1 << 19
 SEPARATOR = "-"
 
-# What the menu bar must be: title, selector, key equivalent, modifiers. A menu's own title comes before its items.
+# The expected menu bar: title, selector, key equivalent, modifiers. A menu's title comes before its items.
 MENU_BAR = [
     (slices.PRODUCT, "", "", COMMAND),
     (f"About {slices.PRODUCT}", "orderFrontStandardAboutPanel:", "", COMMAND),
@@ -34,7 +34,7 @@ MENU_BAR = [
     ("Select All", "selectAll:", "a", COMMAND),
     ("Window", "", "", COMMAND),
     ("Minimize", "performMiniaturize:", "m", COMMAND),
-    ("Zoom", "performZoom:", "", COMMAND),  # The window has one size: it is disabled always.
+    ("Zoom", "performZoom:", "", COMMAND),  # Always disabled: the window has one size.
     ("Close", "performClose:", "w", COMMAND),
 ]
 EDITING = {"Cut", "Copy", "Paste", "Select All"}
@@ -47,7 +47,7 @@ DISABLED = {
 
 
 def items(text: str) -> tuple[list[str | tuple[str, str, str, int]], set[str]]:
-    """Returns the items that MenuQuestions.mm wrote for one state, and the titles of those that are disabled."""
+    """Returns the items that MenuQuestions.mm printed for one state, and the titles of the disabled items."""
     found: list[str | tuple[str, str, str, int]] = []
     disabled = set()
     for line in text.splitlines():
@@ -94,7 +94,7 @@ class MenuTest(unittest.TestCase):
             for key in "xcvamw":
                 tool.key(f"alt+{key}")
             tool.sees_alert(phrases.CONFIRM)
-            tool.press("Cancel")  # The alert is still there to be answered.
+            tool.press("Cancel")  # The alert is still open.
             tool.rests(phrases.DETECTED)
             tool.logged()
             tool.press("Remove Quorlen 3")

@@ -1,4 +1,4 @@
-"""Tests that a slice which is wrong in one place is noticed: by the loader, or by a journey that goes otherwise."""
+"""Tests that the loader or a journey notices a slice with one wrong place."""
 
 import importlib
 import pathlib
@@ -19,7 +19,7 @@ LOOK = ("window", "first_look")
 SHIFT = ("override", "shift_reveals_and_caps_lock_does_not")
 REMOVAL = ("removal", "second_thoughts_then_refusal_then_removal")
 NO_ARCHIVER = ("trouble", "archiver_missing")
-# What the journeys say of the mutants, whole.
+# The journeys' complete messages for the mutants.
 NOT_UP = "not true within 10 s: the window shows the first detection"
 WRONG_BUTTONS = re.escape(
     "the removal buttons\n"
@@ -29,11 +29,11 @@ WRONG_FOLDER = (r"the activity log since the last look\n(.*\n)+    is:\n(.*\n)+"
                 r" +License backup created: /Users/ann/Documents/Quorlen-License-Backup-[-0-9]+\.zip\n(.*\n)+")
 TERMINATED = (r"the tool has ended with status 134; its output: terminate called without an active exception\n"
               r"(qemu: uncaught target signal 6 \(Aborted\) - core dumped\n)?")
-driver.TIMEOUT = 10  # A mutant makes its journey wait in vain. The unchanged slice keeps within this, too.
+driver.TIMEOUT = 10  # seconds. A mutant's journey waits this long. The unchanged slice also needs less.
 
 
 def copied_interface(name: str, file: str, old: str, new: str) -> pathlib.Path:
-    """Copies the declarations of the platform, with one of them changed."""
+    """Copies the platform's declarations and changes one of them."""
     copy = FOLDER / name / "headers"
     shutil.copytree(slices.PACKAGE / HEADERS, copy)
     text = (copy / file).read_text()
@@ -44,7 +44,7 @@ def copied_interface(name: str, file: str, old: str, new: str) -> pathlib.Path:
 
 def built(name: str, sources: tuple[str, ...] = (), interface: pathlib.Path | None = None,
           options: tuple[str, ...] = ()) -> pathlib.Path:
-    """Builds the executable, for the machine alone, with some of its sources compiled against other declarations."""
+    """Builds the executable for this machine only, with some sources compiled with other declarations."""
     (FOLDER / name).mkdir(parents=True, exist_ok=True)
     objects = []
     for path in slices.objects():
@@ -58,12 +58,12 @@ def built(name: str, sources: tuple[str, ...] = (), interface: pathlib.Path | No
 
 
 def with_other_declaration(name: str, file: str, old: str, new: str, *sources: str) -> pathlib.Path:
-    """Builds the executable with some of its sources compiled against one other declaration."""
+    """Builds the executable with some sources compiled with one changed declaration."""
     return built(name, sources, copied_interface(name, file, old, new))
 
 
 def with_empty_exception_table(name: str) -> pathlib.Path:
-    """Copies the packaged executable, with nothing but zeros where its functions say what they catch."""
+    """Copies the packaged executable with zeros instead of its exception tables."""
     (FOLDER / name).mkdir(parents=True)
     data = bytearray(slices.EXECUTABLE.read_bytes())
     (processor, _, start, size), = (part for part in macho.parts(data) if macho.NAMES[part[0]] == slices.MACHINE)
@@ -74,7 +74,7 @@ def with_empty_exception_table(name: str) -> pathlib.Path:
 
 
 def journey(program: pathlib.Path, subject: str, name: str) -> str | None:
-    """Goes a journey with a program; returns None, or what was not as it must be."""
+    """Runs a journey with a program. Returns None, or a description of the failure."""
     driver.TOOL = program
     driver.story.clear()
     try:
@@ -89,9 +89,9 @@ class MutantsTest(unittest.TestCase):
     def setUpClass(cls) -> None:
         shutil.rmtree(FOLDER, ignore_errors=True)
 
-    def noticed_by_journey(self, executable: pathlib.Path, told: tuple[str, str], sign: str) -> None:
+    def noticed_by_journey(self, executable: pathlib.Path, name: tuple[str, str], sign: str) -> None:
         program = slices.wrapper("mutant", executable)
-        self.assertRegex(journey(program, *told) or "The journey noticed nothing.", rf"\A{sign}\Z")
+        self.assertRegex(journey(program, *name) or "The journey noticed nothing.", rf"\A{sign}\Z")
 
     def noticed_by_loader(self, executable: pathlib.Path, what: str) -> None:
         status, said = slices.said_by(slices.wrapper("mutant", executable))
@@ -99,8 +99,8 @@ class MutantsTest(unittest.TestCase):
 
     def test_the_unchanged_slice_passes(self) -> None:
         program = slices.wrapper("unchanged", built("unchanged"))
-        for told in (LOOK, SHIFT, REMOVAL, NO_ARCHIVER):
-            self.assertIsNone(journey(program, *told), told)
+        for name in (LOOK, SHIFT, REMOVAL, NO_ARCHIVER):
+            self.assertIsNone(journey(program, *name), name)
 
     def test_root_class_without_isa(self) -> None:
         mutant = with_other_declaration("isa", "objc/objc.h", "    Class isa;\n", "",

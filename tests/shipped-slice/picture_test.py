@@ -1,4 +1,4 @@
-"""Compares pictures of the window that the shipped slice opens with those of the native build's, pixel by pixel."""
+"""Compares the window of the shipped slice with the native build's window, pixel by pixel."""
 
 import pathlib
 import subprocess
@@ -12,7 +12,7 @@ import driver
 
 
 def pictures(mac: driver.PracticeMac, name: str, program: pathlib.Path) -> tuple[pathlib.Path, pathlib.Path]:
-    """Opens a program, and returns the paths of two pictures of its window: as it is launched, and with Shift held."""
+    """Opens a program and returns two pictures of its window: after launch, and with Shift held."""
     driver.TOOL = program
     with mac.open_tool() as tool:
         launched = tool.picture(f"slice-{name}")

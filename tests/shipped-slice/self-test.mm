@@ -1,5 +1,5 @@
-// A slice that tests what runs it: each construct that clang turns into runtime calls or metadata, once. Prints a line
-// for each fact; its exit status is the number of facts that don't hold.
+// A slice that tests the loader. It uses each construct that clang compiles to runtime calls or metadata once. It
+// prints a line for each fact. Its exit status is the number of facts that do not hold.
 #import <Cocoa/Cocoa.h>
 
 #include <memory>
@@ -7,7 +7,7 @@
 
 extern "C" int puts(const char *);
 
-// What the product doesn't use, and its declarations of the platform therefore lack.
+// Declarations of the platform that the product does not need.
 
 @protocol NSCopying
 @end
@@ -47,8 +47,8 @@ namespace
 {
 
 int failures;
-int loads;              // How often the category's load was sent.
-NSMutableString *story; // What happened, in order.
+int loads;               // The number of calls of the category's load.
+NSMutableString *events; // The events, in order.
 
 void expect(bool holds, const char *fact)
 {
@@ -59,37 +59,37 @@ void expect(bool holds, const char *fact)
     puts(fact);
 }
 
-void tell(NSString *event)
+void record(NSString *event)
 {
-    [story appendString:event ?: @""];
+    [events appendString:event ?: @""];
 }
 
-bool storyWas(NSString *expected)
+bool eventsWere(NSString *expected)
 {
-    const bool same = [story isEqualToString:expected];
-    [story setString:@""];
+    const bool same = [events isEqualToString:expected];
+    [events setString:@""];
     return same;
 }
 
 struct Value {
 };
 
-/// Small enough to be returned in registers.
+/// Small enough to return in registers.
 struct Pair {
     double first, second;
 };
 
-/// Larger than what is returned in registers.
+/// Too large to return in registers.
 struct Large {
     long numbers[5];
 };
 
 using Vector = float __attribute__((vector_size(16)));
 
-/// Tells of its end.
+/// Records its end.
 struct Guard {
     NSString *event;
-    ~Guard() { tell(event); }
+    ~Guard() { record(event); }
 };
 
 }
@@ -204,7 +204,7 @@ struct Guard {
 
 - (void)dealloc
 {
-    tell(@"(deallocated)");
+    record(@"(deallocated)");
     [super dealloc];
 }
 
@@ -268,7 +268,7 @@ void testClasses()
     expect([[Descendant kind] isEqualToString:@"ancestors' descendants"], "a class method sends to super");
     expect([[object overridden] isEqualToString:@"category"], "a category overrides its class");
     expect([[@"ab" twice] isEqualToString:@"abab"], "a category adds to a class of the platform");
-    expect(loads == 1, "a category is sent its load once, before main");
+    expect(loads == 1, "a category's load is called once, before main");
     expect([[[NSString nothing] twice] length] == 0, "a category adds a class method");
     expect([Descendant conformsToProtocol:@protocol(NSApplicationDelegate)] &&
             ![Ancestor conformsToProtocol:@protocol(NSApplicationDelegate)],
@@ -281,29 +281,29 @@ void testClasses()
     NSString *text = [NSString stringWithFormat:@"%d %@ %.1f", 7, @"text", 2.5];
     [object setText:text];
     [object setSameText:text];
-    expect([[object text] isEqualToString:@"7 text 2.5"] && [object sameText] == text, "properties keep and copy");
-    [story setString:@"a"];
-    [object setText:story];
-    tell(@"b");
-    expect([[object text] isEqualToString:@"a"], "a property copies a text that can change");
+    expect([[object text] isEqualToString:@"7 text 2.5"] && [object sameText] == text, "properties retain and copy");
+    [events setString:@"a"];
+    [object setText:events];
+    record(@"b");
+    expect([[object text] isEqualToString:@"a"], "a property copies a mutable text");
     [object setText:nil];
-    [story setString:@""];
+    [events setString:@""];
     [object setSameText:nil];
     [object release];
-    expect(
-        shared.use_count() == 1 && storyWas(@"(deallocated)(variables destroyed)"), "C++ variables are destroyed last");
+    expect(shared.use_count() == 1 && eventsWere(@"(deallocated)(variables destroyed)"),
+        "C++ variables are destroyed last");
 
     @autoreleasepool {
         [[[Descendant alloc] init] autorelease];
-        [story setString:@""];
+        [events setString:@""];
     }
-    expect(storyWas(@"(deallocated)"), "a pool lets go");
+    expect(eventsWere(@"(deallocated)"), "a pool releases its objects");
 }
 
 void testMessages()
 {
     Descendant *object = [[[Descendant alloc] init] autorelease];
-    // The weights differ, so that no two arguments may change places.
+    // The weights differ, so that swapped arguments change the sum.
     expect([object sum:1 with:1 c:2 d:3 e:5 f:8 g:13 h:21 i:34 j:55 k:89 l:144 m:233 n:377 o:610 p:987 q:1597] == 64314,
         "a message has 17 arguments");
     const NSRect own = [object rectangleAt:1];
@@ -315,10 +315,10 @@ void testMessages()
     const Large large = [object largeFrom:7];
     expect(large.numbers[0] == 7 && large.numbers[4] == 11, "a method returns a structure in memory");
     expect([object lastOf:Vector { 1, 2, 3, 4 }] == 4, "a method takes a vector");
-    Descendant *nobody = nil;
-    expect([nobody name] == nil && ![nobody isKindOfClass:[object class]], "a message to nil gives nothing");
-    const Pair pair = [nobody pairOf:7];
-    expect([nobody same:7] == 0 && pair.first == 0 && pair.second == 0 && [nobody largeFrom:7].numbers[4] == 0,
+    Descendant *nothing = nil;
+    expect(![nothing name] && ![nothing isKindOfClass:[object class]], "a message to nil gives nothing");
+    const Pair pair = [nothing pairOf:7];
+    expect([nothing same:7] == 0 && pair.first == 0 && pair.second == 0 && [nothing largeFrom:7].numbers[4] == 0,
         "a message to nil gives zero, of any type");
     expect([[@"1" stringByAppendingFormat:@" %d %.1f %d %.1f %d %.1f %@ %d %.1f %.1f %.1f %.1f %.1f %.1f %@", 2, 3.5, 4,
                5.5, 6, 7.5, @"8", 9, 10.5, 11.5, 12.5, 13.5, 14.5, 15.5, @"16"]
@@ -331,33 +331,33 @@ void testCollections()
     NSArray<NSString *> *array = @[ @"a", @"b", @"c" ];
     expect([array count] == 3 && [array[2] isEqualToString:@"c"] && [@[] count] == 0, "array literals");
     NSDictionary *dictionary = @ { @"k" : @"v", @"l" : @"w" };
-    expect([dictionary[@"l"] isEqualToString:@"w"] && (@ {})[@"k"] == nil, "dictionary literals");
+    expect([dictionary[@"l"] isEqualToString:@"w"] && !(@ {})[@"k"], "dictionary literals");
 
     for (NSString *text in array) {
-        tell(text);
+        record(text);
     }
-    expect(storyWas(@"abc"), "a loop visits the elements in order");
+    expect(eventsWere(@"abc"), "a loop visits the elements in order");
 
     NSMutableArray *changing = [NSMutableArray array];
     [changing addObject:@"a"];
     [changing addObject:@"b"];
     @try {
         for (NSString *text in changing) {
-            tell(text);
+            record(text);
             [changing addObject:text];
         }
     } @catch (NSException *exception) {
-        tell(@"!");
+        record(@"!");
     }
-    expect(storyWas(@"a!"), "a change during the loop raises");
+    expect(eventsWere(@"a!"), "a change during the loop raises");
 
     @try {
         NSString *missing = nil;
         expect([@[ @"a", missing ] count] == 0, "unreachable");
     } @catch (NSException *exception) {
-        tell([exception name]);
+        record([exception name]);
     }
-    expect(storyWas(@"NSInvalidArgumentException"), "nil in an array literal raises");
+    expect(eventsWere(@"NSInvalidArgumentException"), "nil in an array literal raises");
 }
 
 void testBlocks()
@@ -365,13 +365,13 @@ void testBlocks()
     auto shared = std::make_shared<Value>();
     const std::weak_ptr<Value> weak = shared;
     void (^const ask)(id, NSUInteger, BOOL *) = ^(id object, NSUInteger index, BOOL *stop) {
-        tell(weak.lock() ? object : @"gone");
+        record(weak.lock() ? object : @"gone");
         *stop = index == 1;
     };
     [@[ @"a", @"b", @"c" ] enumerateObjectsUsingBlock:ask];
     shared.reset();
     [@[ @"a" ] enumerateObjectsUsingBlock:ask];
-    expect(storyWas(@"abgone"), "a block asks a weak pointer whenever the platform calls it");
+    expect(eventsWere(@"abgone"), "a block reads a weak pointer at each call by the platform");
 
     shared = std::make_shared<Value>();
     id monitor = nil;
@@ -383,11 +383,11 @@ void testBlocks()
     }
     expect(shared.use_count() == 2, "the platform's copy of a block holds what the block captured");
     [NSEvent removeMonitor:monitor];
-    expect(shared.use_count() == 1, "and lets it go");
+    expect(shared.use_count() == 1, "and releases it");
     [monitor release];
 }
 
-/// What passes through frames of the slice, of GNUstep and of the slice again.
+/// Calls `raise` through frames of the slice, of GNUstep and of the slice again.
 void passThroughPlatform(void (*raise)())
 {
     Guard outer { @"(outer)" };
@@ -397,21 +397,21 @@ void passThroughPlatform(void (*raise)())
             Guard innermost { @"(block)" };
             raise();
         }];
-        tell(@"unreachable");
+        record(@"unreachable");
     } @finally {
-        tell(@"(finally)");
+        record(@"(finally)");
     }
 }
 
 void *deleted;
 
-/// Its memory stays, so that its address can be looked at.
+/// Its memory is not freed, so that a test can compare its address.
 struct Trouble : std::length_error {
     using length_error::length_error;
     [[gnu::noinline]] static void operator delete(void *memory) { deleted = memory; }
 };
 
-/// Calls `raise`, and uses all registers that a function must preserve.
+/// Calls `raise` and uses all registers that a function must preserve.
 [[gnu::noinline]] double useRegisters(void (*raise)(), const long *n, const double *d)
 {
     const long a = n[0] * 3, b = n[1] * 5, c = n[2] * 7, e = n[3] * 11, f = n[4] * 13, g = n[5] * 17, h = n[6] * 19;
@@ -420,8 +420,8 @@ struct Trouble : std::length_error {
     return static_cast<double>(a + b + c + e + f + g + h) + i + j + k + l + m + o + p;
 }
 
-/// Whether a function's numbers are still what they were when it catches an exception. What is volatile here keeps the
-/// compiler from seeing through it.
+/// Whether a function's numbers are unchanged when it catches an exception. The volatile variables prevent
+/// optimisation.
 [[gnu::noinline]] bool keepsRegisters(const long *n, const double *d)
 {
     const long a = n[0] + 1, b = n[1] + 2, c = n[2] + 3, e = n[3] + 4;
@@ -439,7 +439,7 @@ void testExceptions()
 {
     const long numbers[] { 1, 2, 3, 4, 5, 6, 7 };
     const double fractions[] { 1, 2, 3, 4, 5, 6, 7 };
-    expect(keepsRegisters(numbers, fractions), "a handler finds the registers as they were");
+    expect(keepsRegisters(numbers, fractions), "a handler gets the registers unchanged");
 
     try {
         throw std::length_error("text");
@@ -449,65 +449,65 @@ void testExceptions()
     }
     auto *const memory = new Trouble("text");
     const std::exception *volatile trouble = memory;
-    delete trouble; // Its class is not known to the compiler, which therefore calls a function that does both.
+    delete trouble; // The compiler does not know the dynamic class, so it calls one function that destroys and frees.
     expect(deleted == memory, "a destructor of the C++ library returns its object");
     ::operator delete(memory);
 
     @try {
         passThroughPlatform([] { [NSException raise:@"Name" format:@"reason %d", 7]; });
     } @catch (NSException *exception) {
-        tell([exception reason]);
+        record([exception reason]);
     }
-    expect(storyWas(@"(block)(inner)(finally)(outer)reason 7"), "an exception passes slice, GNUstep and slice");
+    expect(eventsWere(@"(block)(inner)(finally)(outer)reason 7"), "an exception passes slice, GNUstep and slice");
 
     @try {
         [Failure raise:@"Name" format:@"reason"];
     } @catch (NSException *exception) {
-        tell([exception reason]);
+        record([exception reason]);
     }
-    expect(storyWas(@"reason 7 2.5"), "a message to super has a variable number of arguments");
+    expect(eventsWere(@"reason 7 2.5"), "a message to super has a variable number of arguments");
 
     Descendant *object = [[[Descendant alloc] init] autorelease];
     @try {
         @try {
             [@[ object ] makeObjectsPerformSelector:@selector(fail)];
         } @catch (NSException *exception) {
-            tell([exception name]);
+            record([exception name]);
             @throw;
         }
     } @catch (NSException *exception) {
-        tell(@"again");
+        record(@"again");
     }
-    expect(storyWas(@"(method left)Failureagain"), "an exception is thrown again");
+    expect(eventsWere(@"(method left)Failureagain"), "an exception is thrown again");
 
     @try {
         @try {
             passThroughPlatform([] { @throw @"text"; });
         } @catch (NSException *exception) {
-            tell(@"wrong");
+            record(@"wrong");
         }
     } @catch (id text) {
-        tell(text);
+        record(text);
     }
-    expect(storyWas(@"(block)(inner)(finally)(outer)text"), "an object of another type passes its handlers by");
+    expect(eventsWere(@"(block)(inner)(finally)(outer)text"), "an object of another type passes its handlers by");
 
     @try {
         @throw [[[Ancestor alloc] init] autorelease];
     } @catch (id thrown) {
-        tell([thrown name]);
+        record([thrown name]);
     }
-    expect(storyWas(@"ancestor"), "a handler without a type catches every object");
+    expect(eventsWere(@"ancestor"), "a handler without a type catches every object");
 
     try {
         @try {
             passThroughPlatform([] { throw 7; });
         } @catch (NSException *exception) {
-            tell(@"wrong");
+            record(@"wrong");
         }
     } catch (int number) {
-        tell(number == 7 ? @"seven" : @"wrong");
+        record(number == 7 ? @"seven" : @"wrong");
     }
-    expect(storyWas(@"(block)(inner)(finally)(outer)seven"), "a C++ exception passes the handlers of objects by");
+    expect(eventsWere(@"(block)(inner)(finally)(outer)seven"), "a C++ exception passes the handlers of objects by");
 }
 
 }
@@ -515,7 +515,7 @@ void testExceptions()
 int main(int argc, const char *argv[])
 {
     @autoreleasepool {
-        story = [[NSMutableString alloc] init];
+        events = [[NSMutableString alloc] init];
         expect(argc == 2 && argv[1][0] == '-', "main gets the arguments");
         testClasses();
         testMessages();

@@ -1,4 +1,4 @@
-"""Tests the loader itself: with a slice made for it, and with files that it has to refuse."""
+"""Tests the loader with a slice for this purpose, and with files that it must refuse."""
 
 import hashlib
 import pathlib
@@ -23,7 +23,7 @@ class SelfTest(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
 
     def built(self, source: pathlib.Path, *options: str) -> pathlib.Path:
-        """Builds an executable with the package's options and more, for the machine alone."""
+        """Builds an executable with the package's options and more, for this machine only."""
         executable = self.folder / "executable"
         slices.compile_slice(source, self.folder / "object.o", *options, like="app/main.mm")
         slices.link_slice(executable, *ANY_IMPORT, objects=[self.folder / "object.o"])
@@ -43,7 +43,7 @@ class SelfTest(unittest.TestCase):
 
     def test_what_the_compiler_makes_of_the_language_runs(self) -> None:
         status, said = self.run_slice(self.built(HERE / "self-test.mm"))
-        # But for its definition, and one that must not be reached.
+        # Without its definition, and one that must not be reached.
         facts = (HERE / "self-test.mm").read_text().count("expect(") - 2
         self.assertEqual((0, facts), (status, len(said.splitlines())), said)
         print(f"{facts} facts about the self-test slice for {slices.MACHINE}")

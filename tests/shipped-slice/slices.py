@@ -1,4 +1,4 @@
-"""What the tests of the shipped slices share: which slice is meant, how it is made to start here, and how it was built."""
+"""Shared by the tests of the shipped slices: the selected slice, how to start it here, and how it was built."""
 
 import json
 import os
@@ -9,10 +9,10 @@ import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PRODUCT = "Quorlen 3 Removal Tool"
-MACHINE = os.environ["SLICE"]  # As Apple calls it, "x86_64" or "arm64".
+MACHINE = os.environ["SLICE"]  # Apple's name: "x86_64" or "arm64".
 OTHER_MACHINE = {"arm64": "x86_64", "x86_64": "arm64"}[MACHINE]
 FOLDER = pathlib.Path(os.environ["SLICES"]) / MACHINE
-BUILD = pathlib.Path(os.environ["QUORLEN_BUILD"])  # Of the loader, the questions and the inspector.
+BUILD = pathlib.Path(os.environ["QUORLEN_BUILD"])  # the build of the loader, the questions and the inspector
 NATIVE_BUILD = pathlib.Path(os.environ["NATIVE_BUILD"])
 PACKAGE = pathlib.Path(os.environ["PACKAGES"]) / "one"  # The tree that the app was packaged from.
 CROSS_BUILD = PACKAGE / "build/macos"
@@ -20,15 +20,15 @@ APP = CROSS_BUILD / f"{PRODUCT}.app"
 EXECUTABLE = APP / "Contents/MacOS" / PRODUCT
 LLVM = pathlib.Path(f"/usr/lib/llvm-{(ROOT / 'script/llvm-version').read_text().strip()}/bin")
 
-# How a program for the Arm machine starts here, under the name that it sees as its own.
+# Starts a program for the Arm machine here. The program gets its own name as the first argument.
 EMULATED = f"""#!/bin/sh
 exec /usr/bin/qemu-aarch64-static -0 "$0" -L {shlex.quote(str(ROOT / 'build/arm64-sysroot'))} "${{0%/*}}/loader" "$@"
 """
 
 
 def wrapper(name: str, executable: pathlib.Path, coverage: pathlib.Path | None = None) -> pathlib.Path:
-    """Makes an application of GNUstep's kind that runs an executable's slice with the shipped resources, and returns
-    the program to start. `coverage`: the file that gets the functions entered."""
+    """Makes a GNUstep application that runs an executable's slice with the shipped resources. Returns the program to
+    start. `coverage`: the file that records the entered functions."""
     application = FOLDER / name / f"{PRODUCT}.app"
     shutil.rmtree(application.parent, ignore_errors=True)
     resources = application / "Resources"
@@ -36,11 +36,11 @@ def wrapper(name: str, executable: pathlib.Path, coverage: pathlib.Path | None =
     for file in (APP / "Contents/Resources").iterdir():
         (resources / file.name).symlink_to(file)
     subprocess.run([ROOT / "platform/gnustep/make-info-plist", APP / "Contents/Info.plist", resources / "Info-gnustep.plist"],
-                   check=True)  # As for the native build: GNUstep would take the Mac's icon file for its title bars.
+                   check=True)  # As in the native build: GNUstep would use the Mac's icon file for title bars.
     (application / "Slice").symlink_to(executable)
     if coverage:
         (application / "Coverage").symlink_to(coverage)
-    program = application / PRODUCT  # GNUstep asks the system for the program's own path: a link would lead it away.
+    program = application / PRODUCT  # No link: GNUstep finds its resources by the program's real path.
     if MACHINE == "arm64":
         program.write_text(EMULATED)
         program.chmod(0o755)
@@ -50,7 +50,7 @@ def wrapper(name: str, executable: pathlib.Path, coverage: pathlib.Path | None =
 
 
 def take_slice(executable: pathlib.Path, output: pathlib.Path, machine: str = MACHINE) -> None:
-    """Takes a machine's slice out of a universal executable, as a file of its own."""
+    """Writes a machine's slice of a universal executable to a file."""
     llvm("llvm-lipo", executable, "-thin", machine, "-output", output)
 
 
@@ -80,7 +80,7 @@ def objects() -> list[pathlib.Path]:
 
 
 def link_slice(output: pathlib.Path, *options: str, objects: list[pathlib.Path], stripped: bool = True) -> None:
-    """Links object files as the package's build links its own, with these options more, for the slice's machine alone."""
+    """Links object files as the package's build does, with these options added, for the slice's machine only."""
     command = [word for word in link_command() if not word.endswith(".o")]
     if not stripped:
         for option in ("-x", "-S"):

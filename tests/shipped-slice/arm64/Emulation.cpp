@@ -1,4 +1,4 @@
-// What QEMU's user mode does otherwise than a kernel.
+// Corrects what QEMU's user mode does differently from a kernel.
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
@@ -7,21 +7,21 @@
 #include <spawn.h>
 #include <unistd.h>
 
-/// Finds the C library's own function behind the one of the same name here.
+/// Finds the C library's function, which this file's function of the same name hides.
 template <typename Function> Function *libraryFunction(const char *name)
 {
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-/// Replaces opendir: to the emulator "/" is the folder with the libraries, and to the open panel it must be the disk.
+/// Replaces opendir: the emulator maps "/" to the folder with the libraries, but the open panel needs the real disk.
 extern "C" DIR *opendir(const char *path)
 {
     static auto *const library = libraryFunction<DIR *(const char *)>("opendir");
     return library(std::strcmp(path, "/") == 0 ? "/proc/self/root/" : path);
 }
 
-/// Replaces posix_spawn: in the emulator it never reports that a program could not be started, since the child that
-/// tries shares no memory with its parent. This one looks first.
+/// Replaces posix_spawn: in the emulator the child shares no memory with its parent, so posix_spawn never reports that
+/// a program could not be started. This function checks the program first.
 extern "C" int posix_spawn(pid_t *process, const char *path, const posix_spawn_file_actions_t *files,
     const posix_spawnattr_t *attributes, char *const arguments[], char *const environment[])
 {

@@ -1,4 +1,4 @@
-// What only the Arm slice has. Columns: Arm's "DWARF for the Arm 64-bit Architecture", 4.1; calls: Arm's AAPCS64 and
+// The parts for the Arm slice. Columns: Arm's "DWARF for the Arm 64-bit Architecture", 4.1; calls: Arm's AAPCS64 and
 // Apple's "Writing ARM64 code for Apple platforms".
 #include "../Machine.hpp"
 
@@ -19,7 +19,7 @@ const std::uint8_t framePointer = 29, returnAddress = 30;
 std::optional<std::vector<std::uint8_t>> savedRegisters(std::uint32_t encoding)
 {
     const auto mode = encoding >> 24 & 0xf;
-    if (mode == 2) { // A leaf: it calls nothing that could raise.
+    if (mode == 2) { // A leaf function: it calls nothing that could raise.
         return {};
     }
     if (mode != 4) {
@@ -27,7 +27,8 @@ std::optional<std::vector<std::uint8_t>> savedRegisters(std::uint32_t encoding)
     }
     std::vector<std::uint8_t> rules;
     std::uint8_t depth = 3; // In steps of 8 below the frame's address.
-    constexpr std::uint8_t pairs[] { 19, 21, 23, 25, 27, 0, 0, 0, 72, 74, 76, 78 }; // By their bits: from x19, from d8.
+    constexpr std::uint8_t pairs[] { 19, 21, 23, 25, 27, 0, 0, 0, 72, 74, 76,
+        78 }; // By their bits: x19 and up, d8 and up.
     for (std::size_t bit = 0; bit < std::size(pairs); ++bit) {
         for (const std::uint8_t column : { pairs[bit], static_cast<std::uint8_t>(pairs[bit] + 1) }) {
             if (encoding >> bit & 1) {
@@ -49,9 +50,10 @@ std::uint8_t *takeBreakpoint(ucontext_t &context)
 namespace
 {
 
-// Apple's convention has a constructor and a destructor return the object, and its callers count on that.
+// In Apple's convention a constructor and a destructor return the object, and callers rely on that.
 
-std::array<void (*)(void *, long, long, long, long, long, long, long), 8> originals; // What each bridge calls.
+std::array<void (*)(void *, long, long, long, long, long, long, long), 8>
+    originals; // The function that each bridge calls.
 
 template <std::size_t index> void *returnObject(void *object, long a, long b, long c, long d, long e, long f, long g)
 {
@@ -64,10 +66,10 @@ template <std::size_t... indexes> auto bridges(std::index_sequence<indexes...>)
     return std::array { returnObject<indexes>... };
 }
 
-// Apple's convention has the arguments behind "..." on the stack, Debian's has them in registers first.
+// Apple's convention passes the arguments of "..." on the stack. Debian's passes them in registers first.
 
-/// A method in Apple's convention, with one or two objects before the "...". Named arguments take all registers, so
-/// that the others are read from the stack.
+/// A method in Apple's convention, with one or two objects before the "...". Named arguments use all registers, so the
+/// others are read from the stack.
 template <auto method>
 id variadic(id self, SEL, id first, id second, long, long, long, long, double, double, double, double, double, double,
     double, double last, ...)
@@ -110,10 +112,10 @@ constexpr std::string_view unknown[] { "appendFormat:", "arrayWithObjects:", "di
     "handleFailureInFunction:file:lineNumber:description:",
     "handleFailureInMethod:object:file:lineNumber:description:" };
 
-std::map<const void *, IMP> variadicMethods; // By the selectors that the slice has.
+std::map<const void *, IMP> variadicMethods; // By the slice's selectors.
 const Image *caller;                         // The slice.
 
-/// Gives the method to call when `found` is the receiver's: the bridge to it, or itself.
+/// Returns the method to call for the receiver's method `found`: its bridge, or itself.
 IMP callable(IMP found, SEL selector)
 {
     const auto method = variadicMethods.find(reinterpret_cast<const void *>(selector));
@@ -138,7 +140,8 @@ std::uintptr_t bridgedImport(std::string_view name, std::uintptr_t found)
 {
     static const auto all = bridges(std::make_index_sequence<std::tuple_size_v<decltype(originals)>>());
     static std::size_t count = 0;
-    constexpr std::string_view marks[] { "C1E", "C2E", "D1E", "D2E" }; // Of such a name, as it is mangled.
+    constexpr std::string_view marks[] { "C1E", "C2E", "D1E",
+        "D2E" }; // Parts of the mangled names of constructors and destructors.
     const auto isMarked = [&](std::string_view mark) { return name.find(mark) != name.npos; };
     if (!found || !name.starts_with("__ZN") || std::ranges::none_of(marks, isMarked)) {
         return found;
@@ -155,7 +158,7 @@ std::uintptr_t bridgedImport(std::string_view name, std::uintptr_t found)
 extern "C" {
 IMP lookUpSuperMethod(const objc_super *reference, SEL selector);
 
-// What Sends.S asks.
+// Sends.S calls this.
 IMP lookUpMethod(id receiver, SEL selector)
 {
     return machine::callable(objc_msg_lookup(receiver, selector), selector);

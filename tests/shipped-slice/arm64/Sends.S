@@ -1,8 +1,8 @@
-// Message sends as Apple's runtime has them: a jump to the method, with the caller's registers and stack as they are.
-// GNU's runtime only looks methods up. Which registers hold arguments and results: Arm's AAPCS64, 6.8 and 6.9.
+// Message sends with the interface of Apple's runtime: a jump to the method with the caller's registers and stack.
+// GNU's runtime only looks up methods. Which registers hold arguments and results: Arm's AAPCS64, 6.8 and 6.9.
 
-// Defines a send that asks `lookup` for the method, with receiver (or super reference) and selector as its arguments.
-// With `super`, the method gets the receiver, with which the super reference begins, in the reference's place.
+// Defines a send that gets the method from `lookup`, with receiver (or super reference) and selector as its arguments.
+// With `super`, the method gets the receiver instead of the super reference. The reference begins with the receiver.
 .macro SEND name, lookup, super
     .globl \name
 \name:
@@ -11,7 +11,7 @@
     stp x2, x3, [sp, #16]
     stp x4, x5, [sp, #32]
     stp x6, x7, [sp, #48]
-    str x8, [sp, #64] // Where a structure is returned.
+    str x8, [sp, #64] // The address for a returned structure.
     stp q0, q1, [sp, #80]
     stp q2, q3, [sp, #112]
     stp q4, q5, [sp, #144]

@@ -1,4 +1,4 @@
-// What only the Intel slice has. Columns: System V x86-64 psABI, 3.6.2.
+// The parts for the Intel slice. Columns: System V x86-64 psABI, 3.6.2.
 #include "../Machine.hpp"
 
 #include "../Slice.hpp"
@@ -15,7 +15,7 @@ std::optional<std::vector<std::uint8_t>> savedRegisters(std::uint32_t encoding)
     if ((encoding >> 24 & 0xf) != 1) {
         refuse("a function keeps no frame pointer");
     }
-    constexpr std::uint8_t columns[] { 0, 3, 12, 13, 14, 15, 0, 0 }; // Of none, rbx and r12 to r15.
+    constexpr std::uint8_t columns[] { 0, 3, 12, 13, 14, 15, 0, 0 }; // None, rbx, r12 to r15.
     std::vector<std::uint8_t> rules;
     for (std::uint32_t i = 0, depth = encoding >> 16 & 0xff; i < 5; ++i) {
         if (const auto column = columns[encoding >> 3 * i & 7]) {
@@ -31,10 +31,10 @@ const std::span<const std::uint8_t> breakpoint = int3;
 
 std::uint8_t *takeBreakpoint(ucontext_t &context)
 {
-    return reinterpret_cast<std::uint8_t *>(--context.uc_mcontext.gregs[REG_RIP]); // It is past the instruction.
+    return reinterpret_cast<std::uint8_t *>(--context.uc_mcontext.gregs[REG_RIP]); // It points after the instruction.
 }
 
-extern "C" const char sendMessageForStructure; // In Sends.S. The machine returns large structures in another way.
+extern "C" const char sendMessageForStructure; // In Sends.S. This machine returns large structures differently.
 
 std::uintptr_t bridgedImport(std::string_view name, std::uintptr_t found)
 {

@@ -1,8 +1,8 @@
-// Message sends as Apple's runtime has them: a jump to the method, with the caller's registers and stack as they are.
-// GNU's runtime only looks methods up. Which registers hold arguments and results: System V x86-64 psABI, 3.2.3.
+// Message sends with the interface of Apple's runtime: a jump to the method with the caller's registers and stack.
+// GNU's runtime only looks up methods. Which registers hold arguments and results: System V x86-64 psABI, 3.2.3.
 
-// Defines a send that asks `lookup` for the method, with receiver (or super reference) and selector as its arguments.
-// `super` is the register of a super reference; the method gets the receiver, with which that begins, in its place.
+// Defines a send that gets the method from `lookup`, with receiver (or super reference) and selector as its arguments.
+// `super` is the register of a super reference. The method gets the receiver, with which the reference begins.
 .macro SEND name, lookup, receiver, selector, super
     .globl \name
 \name:
@@ -41,7 +41,7 @@ sendMessage:
     pxor %xmm1, %xmm1
     ret
 SEND sendToObject, objc_msg_lookup, %rdi, %rsi
-// The structure's address comes first. Where the receiver is nil, the compiler clears the structure itself.
+// The first argument is the structure's address. If the receiver is nil, the caller clears the structure.
 SEND sendMessageForStructure, objc_msg_lookup, %rsi, %rdx
 SEND sendSuper, lookUpSuperMethod, %rdi, %rsi, %rdi
 
