@@ -1,5 +1,5 @@
-/// What the platform's interface is known to be, for the compiler to check wherever the Mac app is built: on Debian
-/// against platform/macos/headers/, on a Mac against its own SDK. The methods' types are in interface-facts.txt.
+/// Known facts about the platform's interface. The compiler checks them in each build of the Mac app: on Debian against
+/// platform/macos/headers/, on a Mac against the SDK. The methods' types are in interface-facts.txt.
 #import <Cocoa/Cocoa.h>
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 namespace
 {
 
-// The basic types. A BOOL is no one-byte integer on Arm.
+// The basic types. On Arm a BOOL is not an integer of one byte.
 #if defined(__x86_64__)
 static_assert(std::is_same_v<BOOL, signed char>);
 #else
@@ -29,7 +29,7 @@ static_assert(offsetof(NSRect, origin.y) == 8 && offsetof(NSRect, size.height) =
 static_assert(sizeof(NSFastEnumerationState) == 64 && offsetof(NSFastEnumerationState, itemsPtr) == 8 &&
     offsetof(NSFastEnumerationState, mutationsPtr) == 16 && offsetof(NSFastEnumerationState, extra) == 24);
 
-// The enumerations: what carries them, and their values.
+// The enumerations: their underlying types and values.
 static_assert(std::is_same_v<std::underlying_type_t<NSSearchPathDirectory>, NSUInteger>);
 static_assert(NSDesktopDirectory == 12);
 static_assert(std::is_same_v<NSSearchPathDomainMask, NSUInteger>);

@@ -1,4 +1,4 @@
-"""The bundle and the zip around it: which files, what is in them, their seal, and the same bytes each time."""
+"""Checks the bundle and its zip: the files, their contents, the resources' signature, the same bytes each time."""
 
 import hashlib
 import pathlib
@@ -10,6 +10,7 @@ import tempfile
 import time
 import unittest
 import zipfile
+from collections.abc import Callable, Sequence
 
 from support import APP, BUILDS, PACKAGES, PRODUCT, ROOT, FactTest
 
@@ -20,7 +21,7 @@ FILES = {
     *(f"Resources/{name}{suffix}.png" for name in PICTURES for suffix in ("", "@2x")),
 }
 
-# The rules that codesign writes for an application: which files the seal covers, for systems before 10.9 and since.
+# The rules that codesign writes for an application: the files that the seal covers, before macOS 10.9 and since.
 RULES = {
     "^Resources/": True,
     "^Resources/.*\\.lproj/": {"optional": True, "weight": 1000.0},
@@ -46,28 +47,28 @@ RULES2 = {
 }
 
 
-def package(build):
+def package(build: pathlib.Path) -> pathlib.Path:
     """Returns the one zip of a build folder."""
     path, = build.glob("*.zip")
     return path
 
 
-def contents(app):
+def contents(app: pathlib.Path) -> dict[str, bytes]:
     """Returns the files of a bundle: path below Contents -> bytes."""
     folder = pathlib.Path(app, "Contents")
     return {path.relative_to(folder).as_posix(): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
 
 
 class BundleTest(FactTest):
-    def setUp(self):
+    def setUp(self) -> None:
         self.files = contents(APP)
 
-    def with_file(self, name, data):
+    def with_file(self, name: str, data: bytes) -> dict[str, bytes]:
         """Returns the bundle's files with one replaced or added."""
         return self.files | {name: data}
 
-    def test_files(self):
-        def fact(files):
+    def test_files(self) -> None:
+        def fact(files: dict[str, bytes]) -> None:
             self.assertEqual(set(files), FILES)
             self.assertEqual(files["PkgInfo"], b"APPL????")
 
@@ -76,8 +77,8 @@ class BundleTest(FactTest):
                    self.with_file("PkgInfo", b"APPL"),
                    {name: data for name, data in self.files.items() if name != ICON})
 
-    def test_information(self):
-        """Info.plist has these keys and no others, none of GNUstep's for one; the version is the project's."""
+    def test_information(self) -> None:
+        """Info.plist has exactly these keys, without GNUstep's. The version is the project's."""
         version = re.search(r"^project\(.*VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
         expected = {
             "CFBundleDevelopmentRegion": "en",
@@ -100,7 +101,7 @@ class BundleTest(FactTest):
             "NSPrincipalClass": "NSApplication",
         }
 
-        def fact(files):
+        def fact(files: dict[str, bytes]) -> None:
             info = plistlib.loads(files["Info.plist"])
             self.assertEqual(info, expected)
             self.assertIs(info["NSHighResolutionCapable"], True)
@@ -114,9 +115,9 @@ class BundleTest(FactTest):
                    self.with_file("Info.plist", plist.replace(b"your license and", b"your licence and")),
                    self.with_file("Info.plist", plist.replace(version.encode(), b"0.9")))
 
-    def test_pictures(self):
-        """PNG files of the views' sizes, and an icon file with an entry for each size that macOS asks for."""
-        def fact(files):
+    def test_pictures(self) -> None:
+        """The PNG files have the views' sizes. The icon file has an entry for each size that macOS uses."""
+        def fact(files: dict[str, bytes]) -> None:
             for name, (width, height) in PICTURES.items():
                 for suffix, factor in (("", 1), ("@2x", 2)):
                     png = files[f"Resources/{name}{suffix}.png"]
@@ -139,9 +140,9 @@ class BundleTest(FactTest):
                    self.with_file(ICON, icon[:-1]),
                    self.with_file(ICON, icon.replace(b"ic13", b"ic99")))
 
-    def test_sealed_resources(self):
-        """CodeResources has the right hashes of all that isn't sealed otherwise, and of nothing else."""
-        def fact(files):
+    def test_sealed_resources(self) -> None:
+        """CodeResources has the right hashes of exactly the files in Resources."""
+        def fact(files: dict[str, bytes]) -> None:
             seal = plistlib.loads(files["_CodeSignature/CodeResources"])
             sealed = {name: data for name, data in files.items() if name.startswith("Resources/")}
             self.assertEqual(seal["files"], {name: hashlib.sha1(data).digest() for name, data in sealed.items()})
@@ -157,12 +158,12 @@ class BundleTest(FactTest):
                    self.with_file(seal_file, self.files[seal_file].replace(b"<key>nested</key>", b"<key>omit</key>")),
                    {name: data for name, data in self.files.items() if name != picture})
 
-    def test_zip(self):
-        """The zip holds the bundle with its run bits, in sorted order, at the commit's time, and nothing else."""
+    def test_zip(self) -> None:
+        """The zip has exactly the bundle, with its executable bits, in sorted order, at the commit's time."""
         epoch = int((PACKAGES / "epoch").read_text())
-        moment = time.gmtime((epoch + 1) // 2 * 2)[:6]  # the format counts in steps of two seconds; zip rounds up
+        moment = time.gmtime((epoch + 1) // 2 * 2)[:6]  # the format has steps of two seconds; zip rounds up
 
-        def fact(path):
+        def fact(path: pathlib.Path) -> None:
             with zipfile.ZipFile(path) as archive:
                 self.assertIsNone(archive.testzip())
                 entries = archive.infolist()
@@ -176,8 +177,8 @@ class BundleTest(FactTest):
                     runs = entry.is_dir() or entry.filename == f"{inside}MacOS/{PRODUCT}"
                     self.assertEqual(entry.external_attr >> 16 & 0o777, 0o755 if runs else 0o644, entry.filename)
 
-        def changed(folder, change):
-            """Writes the zip again, each entry changed."""
+        def changed(folder: str, change: Callable[[zipfile.ZipInfo], None]) -> pathlib.Path:
+            """Writes the zip again with a change in each entry."""
             path = pathlib.Path(folder, f"{len(list(pathlib.Path(folder).iterdir()))}.zip")
             with zipfile.ZipFile(package(BUILDS[0])) as old, zipfile.ZipFile(path, "w") as new:
                 for entry in old.infolist():
@@ -186,22 +187,22 @@ class BundleTest(FactTest):
                     new.writestr(entry, data)
             return path
 
-        def without_run_bit(entry):
+        def without_run_bit(entry: zipfile.ZipInfo) -> None:
             entry.external_attr &= ~(0o111 << 16)
 
-        def at_another_time(entry):
+        def at_another_time(entry: zipfile.ZipInfo) -> None:
             entry.date_time = (2020, 1, 1, 0, 0, 0)
 
         with tempfile.TemporaryDirectory() as folder:
             self.holds(fact, package(BUILDS[0]), changed(folder, without_run_bit), changed(folder, at_another_time))
 
-    def test_same_bytes_in_any_folder(self):
-        def fact(builds):
+    def test_same_bytes_in_any_folder(self) -> None:
+        def fact(builds: Sequence[pathlib.Path]) -> None:
             one, other = builds
             self.assertEqual(contents(one / f"{PRODUCT}.app"), contents(other / f"{PRODUCT}.app"))
             self.assertEqual(package(one).name, package(other).name)
             self.assertEqual(package(one).read_bytes(), package(other).read_bytes())
-            # Nothing of the folder is in it either.
+            # The files do not contain the folder's path either.
             for data in contents(one / f"{PRODUCT}.app").values():
                 self.assertNotIn(str(PACKAGES).encode(), data)
 

@@ -1,8 +1,9 @@
-"""The controller as the runtime will see it, in both architectures: class, properties, methods with their exact types,
-categories, and the tables by which a caught exception is caught."""
+"""Checks the controller's runtime metadata in both architectures: class, properties, methods with their exact types,
+categories, and exception tables."""
 
 import struct
 import unittest
+from collections.abc import Iterator
 
 import macho
 from support import EXECUTABLE, FactTest, bindings, renamed, replaced
@@ -83,8 +84,8 @@ GENERATED = {".cxx_construct": "@16@0:8", ".cxx_destruct": "v16@0:8"}
 CATCHING = ("backupLicenceIfPresent", "restoreLicenseFromZip:toPath:")
 
 
-def accessors():
-    """Returns the methods that the properties bring: selector -> type encoding."""
+def accessors() -> dict[str, str]:
+    """Returns the methods of the properties: selector -> type encoding."""
     found = {}
     for name, types, _ in PROPERTIES:
         plain = types.partition('"')[0]
@@ -94,24 +95,24 @@ def accessors():
 
 
 class ControllerTest(FactTest):
-    def setUp(self):
+    def setUp(self) -> None:
         self.data = EXECUTABLE.read_bytes()
         self.slices = macho.slices(self.data)
 
-    def in_slice(self, architecture, offset, new):
+    def in_slice(self, architecture: str, offset: int, new: bytes) -> bytes:
         """Returns the executable with bytes of one architecture replaced."""
         return replaced(self.data, self.slices[architecture].start + offset, new)
 
     @staticmethod
-    def controllers(data):
-        """Yields for each architecture: how it encodes BOOL, the class, all that the runtime is told, the slice."""
+    def controllers(data: bytes) -> Iterator[tuple[str, dict, macho.ObjectiveC, macho.Slice]]:
+        """Yields for each architecture: its encoding of BOOL, the class, all runtime metadata, the slice."""
         for architecture, part in macho.slices(data).items():
             objective_c = macho.ObjectiveC(part)
             yield "c" if architecture == "x86_64" else "B", objective_c.classes["AppDelegate"], objective_c, part
 
-    def test_class(self):
-        """One class, of NSObject's, an application delegate; its instance variables behind the class pointer."""
-        def fact(data):
+    def test_class(self) -> None:
+        """There is one class, a subclass of NSObject and an application delegate. Its variables follow the isa."""
+        def fact(data: bytes) -> None:
             for boolean, controller, objective_c, part in self.controllers(data):
                 self.assertEqual(list(objective_c.classes), ["AppDelegate"])
                 bound = bindings(data, part.name)
@@ -132,12 +133,12 @@ class ControllerTest(FactTest):
                    renamed(self.data, b"_OBJC_CLASS_$_NSObject", b"_OBJC_CLASS_$_NSString"),
                    renamed(self.data, b"NSApplicationDelegate", b"NSApplicationDeIegate"))
 
-    def test_properties(self):
-        def fact(data):
+    def test_properties(self) -> None:
+        def fact(data: bytes) -> None:
             for boolean, controller, *_ in self.controllers(data):
                 expected = [(name, f"T{types.replace('BOOL', boolean)},{attributes},V_{name}")
                             for name, types, attributes in PROPERTIES]
-                # What follows is the NSObject protocol's.
+                # The other properties are the NSObject protocol's.
                 self.assertEqual(controller["properties"][:len(expected)], expected)
                 rest = {name for name, _ in controller["properties"][len(expected):]}
                 self.assertLessEqual(rest, {"hash", "superclass", "description", "debugDescription"})
@@ -146,9 +147,9 @@ class ControllerTest(FactTest):
                    renamed(self.data, b'T@"NSString",C,N,V_lastBackupPath', b'T@"NSString",&,N,V_lastBackupPath'),
                    renamed(self.data, b"Tc,N,V_quorlenDetected", b"TC,N,V_quorlenDetected"))
 
-    def test_methods(self):
-        """Every operation in its category, each category attached to the class, with exactly these types; no others."""
-        def fact(data):
+    def test_methods(self) -> None:
+        """Each operation is in its category of the class, with exactly these types. There are no others."""
+        def fact(data: bytes) -> None:
             for boolean, controller, objective_c, _ in self.controllers(data):
                 categories = [category for category in objective_c.categories if category["class"] == "AppDelegate"]
                 found = {category["name"]: category["methods"] for category in categories}
@@ -170,9 +171,9 @@ class ControllerTest(FactTest):
                    renamed(self.data, b"v20@0:8c16", b"v20@0:8B16"),
                    self.in_slice("x86_64", part.place(category + 8), bytes(8)))
 
-    def test_menu_bar(self):
-        """The one category of a platform class: it has nothing but the method by which the runtime loads it."""
-        def fact(data):
+    def test_menu_bar(self) -> None:
+        """There is one category of a platform class. It has only the method `load`."""
+        def fact(data: bytes) -> None:
             for _, _, objective_c, part in self.controllers(data):
                 category, = (category for category in objective_c.categories if category["class"] != "AppDelegate")
                 self.assertEqual(bindings(data, part.name)[category["address"] + 8][0], "_OBJC_CLASS_$_NSApplication")
@@ -187,9 +188,9 @@ class ControllerTest(FactTest):
                    renamed(self.data, b"load", b"Load"),
                    self.in_slice("arm64", listed.offset, struct.pack("<Q", part.lists("__objc_catlist")[0])))
 
-    def test_methods_are_code(self):
-        """Each method's address is where a function begins."""
-        def fact(data):
+    def test_methods_are_code(self) -> None:
+        """Each method's address is the start of a function."""
+        def fact(data: bytes) -> None:
             for _, controller, objective_c, part in self.controllers(data):
                 methods = {code: selector for owner in (controller, *objective_c.categories)
                            for selector, (_, code) in owner["methods"].items()}
@@ -200,9 +201,9 @@ class ControllerTest(FactTest):
         place = part.file.index(struct.pack("<Q", code))
         self.holds(fact, self.data, self.in_slice("arm64", place, struct.pack("<Q", code + 4)))
 
-    def test_exceptions_are_caught(self):
-        """The backup and the restore catch the platform's exceptions, by their type and no others."""
-        def fact(data):
+    def test_exceptions_are_caught(self) -> None:
+        """The backup and the restore catch NSException and no other type."""
+        def fact(data: bytes) -> None:
             for _, _, objective_c, part in self.controllers(data):
                 unwinding, bound = macho.Unwinding(part), bindings(data, part.name)
                 code = {selector: code for category in objective_c.categories

@@ -1,4 +1,4 @@
-"""The executable as a file: architectures, load commands, libraries, symbols, protection, signature."""
+"""Checks the executable file: architectures, load commands, libraries, symbols, protection, signature."""
 
 import hashlib
 import pathlib
@@ -21,11 +21,12 @@ LIBRARIES = [  # with their compatibility versions
 ]
 
 
-def version(major, minor):
+def version(major: int, minor: int) -> int:
+    """Returns a version in the form of a load command."""
     return major << 16 | minor << 8
 
 
-def allowed():
+def allowed() -> set[tuple[str, str]]:
     """Returns the allow-list: (library, symbol)."""
     names = set()
     for line in (ROOT / "platform" / "macos" / "stubs" / "symbols.txt").read_text().splitlines():
@@ -42,16 +43,16 @@ def allowed():
 
 
 class ExecutableTest(FactTest):
-    def setUp(self):
+    def setUp(self) -> None:
         self.data = EXECUTABLE.read_bytes()
         self.slices = macho.slices(self.data)
 
-    def in_slice(self, architecture, offset, new):
+    def in_slice(self, architecture: str, offset: int, new: bytes) -> bytes:
         """Returns the executable with bytes of one architecture replaced."""
         return replaced(self.data, self.slices[architecture].start + offset, new)
 
-    def test_architectures(self):
-        def fact(data):
+    def test_architectures(self) -> None:
+        def fact(data: bytes) -> None:
             with OnDisk(data) as path:
                 self.assertEqual(llvm("llvm-lipo", "-archs", path).split(), ["x86_64", "arm64"])
             for (_, alignment, offset, _), page in zip(macho.parts(data), (12, 14)):
@@ -60,8 +61,8 @@ class ExecutableTest(FactTest):
 
         self.holds(fact, self.data, self.slices["arm64"].file, replaced(self.data, 8 + 16, struct.pack(">I", 3)))
 
-    def test_lowest_system_and_sdk(self):
-        def fact(data):
+    def test_lowest_system_and_sdk(self) -> None:
+        def fact(data: bytes) -> None:
             slices = macho.slices(data)
             lowest, sdk = slices["x86_64"].fields(macho.LC_VERSION_MIN_MACOSX, "2I")
             self.assertEqual((lowest, sdk), (version(10, 13), version(12, 3)))
@@ -76,12 +77,12 @@ class ExecutableTest(FactTest):
                    self.in_slice("arm64", arm + 12, struct.pack("<I", version(12, 0))),
                    self.in_slice("arm64", arm + 16, struct.pack("<I", 0)))
 
-    def test_load_commands(self):
-        """Neither chained fixups (unknown to 10.13) nor run paths nor weak libraries: these commands and no others."""
+    def test_load_commands(self) -> None:
+        """There are exactly these commands: no chained fixups (unknown to 10.13), run paths or weak libraries."""
         rest = ["LC_DYLD_INFO_ONLY", "LC_SYMTAB", "LC_DYSYMTAB", "LC_LOAD_DYLINKER", "LC_UUID", "minimum", "LC_MAIN",
                 *["LC_LOAD_DYLIB"] * len(LIBRARIES), "LC_FUNCTION_STARTS", "LC_DATA_IN_CODE", "LC_CODE_SIGNATURE"]
 
-        def fact(data):
+        def fact(data: bytes) -> None:
             with OnDisk(data) as path:
                 for architecture, minimum in (("x86_64", "LC_VERSION_MIN_MACOSX"), ("arm64", "LC_BUILD_VERSION")):
                     said = llvm("llvm-objdump", "--macho", f"--arch={architecture}", "--private-headers", path)
@@ -93,8 +94,8 @@ class ExecutableTest(FactTest):
         chained_fixups = struct.pack("<I", 0x80000034)  # LC_DYLD_CHAINED_FIXUPS
         self.holds(fact, self.data, self.in_slice("x86_64", starts, chained_fixups))
 
-    def test_libraries(self):
-        def fact(data):
+    def test_libraries(self) -> None:
+        def fact(data: bytes) -> None:
             for part in macho.slices(data).values():
                 found = []
                 for at in part.all(macho.LC_LOAD_DYLIB):
@@ -105,9 +106,9 @@ class ExecutableTest(FactTest):
 
         self.holds(fact, self.data, renamed(self.data, b"/usr/lib/libc++.1.dylib", b"/opt/lib/libc++.1.dylib"))
 
-    def test_undefined_symbols_are_the_allowed_ones(self):
-        """Each from the library that the list gives, and none in the list that nobody uses."""
-        def fact(data):
+    def test_undefined_symbols_are_the_allowed_ones(self) -> None:
+        """Each symbol comes from the library in the list, and every symbol of the list is used."""
+        def fact(data: bytes) -> None:
             for architecture, part in macho.slices(data).items():
                 with OnDisk(data) as path:
                     said = llvm("llvm-nm", "-m", "-u", "-arch", architecture, path)
@@ -122,9 +123,9 @@ class ExecutableTest(FactTest):
                    renamed(self.data, b"_NSHomeDirectory", b"_NSHomeDirectorz"),
                    renamed(self.data, b"_OBJC_CLASS_$_NSTask", b"_OBJC_CLASS_$_NSPipe"))
 
-    def test_what_is_not_allowed_does_not_link(self):
-        """A class or function that the list lacks is a link error that names it; the same program without it links."""
-        def fact(symbol):
+    def test_what_is_not_allowed_does_not_link(self) -> None:
+        """A class or function that is not in the list causes a link error that names it. An allowed one links."""
+        def fact(symbol: str) -> None:
             with tempfile.TemporaryDirectory() as folder:
                 program = f'extern "C" void {symbol}(); int main() {{ {symbol}(); }}'
                 done = subprocess.run(
@@ -136,9 +137,9 @@ class ExecutableTest(FactTest):
 
         self.holds(fact, "system", "memcpy")
 
-    def test_one_image_info(self):
-        """One of 8 bytes: version 0, and the flag that says that categories may have class properties."""
-        def fact(data):
+    def test_one_image_info(self) -> None:
+        """There is one, of 8 bytes: version 0, and the flag for class properties of categories."""
+        def fact(data: bytes) -> None:
             for part in macho.slices(data).values():
                 found = [section for name, section in part.sections.items() if name.endswith("__objc_imageinfo")]
                 self.assertEqual([section.size for section in found], [8])
@@ -148,9 +149,9 @@ class ExecutableTest(FactTest):
         place = next(section.offset for name, section in part.sections.items() if name.endswith("__objc_imageinfo"))
         self.holds(fact, self.data, self.in_slice("arm64", place + 4, struct.pack("<I", 0x45)))
 
-    def test_position_independent_and_protected(self):
-        """No relocation in text; what is run isn't written, what is written isn't run; everything slides."""
-        def fact(data):
+    def test_position_independent_and_protected(self) -> None:
+        """No relocation is in text, no segment is both writable and executable, and everything can be moved."""
+        def fact(data: bytes) -> None:
             for architecture, part in macho.slices(data).items():
                 self.assertEqual(part.file_type, 2)  # MH_EXECUTE
                 # MH_PIE, MH_TWOLEVEL, MH_DYLDLINK, MH_NOUNDEFS; the C++ library's replaceable symbols add two.
@@ -178,8 +179,8 @@ class ExecutableTest(FactTest):
                    self.in_slice("x86_64", text + 72 + 60, struct.pack("<I", 3)),
                    self.in_slice("x86_64", intel.one(macho.LC_DYSYMTAB) + 8 + 68, struct.pack("<I", 3)))
 
-    def test_small_and_stripped(self):
-        def fact(data):
+    def test_small_and_stripped(self) -> None:
+        def fact(data: bytes) -> None:
             self.assertLess(len(data), 250_000)
             with OnDisk(data) as path:
                 for architecture in ("x86_64", "arm64"):
@@ -190,14 +191,14 @@ class ExecutableTest(FactTest):
         symbols, _ = self.slices["arm64"].fields(macho.LC_SYMTAB, "2I")
         self.holds(fact, self.data,
                    self.data + bytes(250_000),
-                   self.in_slice("arm64", symbols + 16 + 4, bytes([0x0E, 1])))  # the second symbol a local one
+                   self.in_slice("arm64", symbols + 16 + 4, bytes([0x0E, 1])))  # makes the second symbol a local one
 
-    def test_signature(self):
-        """The seal's every hash is right: the code's pages, Info.plist, requirements, CodeResources."""
+    def test_signature(self) -> None:
+        """Each hash of the signature is right: the code's pages, Info.plist, requirements, CodeResources."""
         info_plist = (APP / "Contents" / "Info.plist").read_bytes()
         resources = (APP / "Contents" / "_CodeSignature" / "CodeResources").read_bytes()
 
-        def fact(sample):
+        def fact(sample: tuple[bytes, bytes, bytes]) -> None:
             data, info_plist, resources = sample
             for part in macho.slices(data).values():
                 start, size = part.fields(macho.LC_CODE_SIGNATURE, "2I")
@@ -226,7 +227,7 @@ class ExecutableTest(FactTest):
                 text = part.segments[1]
                 self.assertEqual(struct.unpack_from(">3Q", directory, 64), (text.offset, text.file_size, 1))
 
-                def slot(number):
+                def slot(number: int) -> bytes:
                     return directory[hashes + 32 * number:hashes + 32 * (number + 1)]
 
                 self.assertEqual(special, 3)
@@ -245,15 +246,15 @@ class ExecutableTest(FactTest):
                    (self.data, info_plist.replace(b"1.0", b"1.1"), resources),
                    (self.data, info_plist, resources + b"\n"))
 
-    def test_bound_libraries(self):
-        """Exceptions and classes come from where macOS has them: the platform's dylibs, found by two-level names."""
+    def test_bound_libraries(self) -> None:
+        """Exceptions and classes come from the libraries in which macOS has them, by two-level names."""
         expected = {
             "_OBJC_CLASS_$_NSAlert": "AppKit", "_OBJC_CLASS_$_NSTask": "Foundation",
             "_OBJC_EHTYPE_$_NSException": "CoreFoundation", "___CFConstantStringClassReference": "CoreFoundation",
             "_objc_msgSend": "libobjc", "___gxx_personality_v0": "libc++", "dyld_stub_binder": "libSystem",
         }
 
-        def fact(data):
+        def fact(data: bytes) -> None:
             for architecture in ("x86_64", "arm64"):
                 found = dict(bindings(data, architecture).values())
                 self.assertEqual({name: found.get(name, "").partition(".")[0] for name in expected}, expected)

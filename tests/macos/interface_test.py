@@ -1,7 +1,7 @@
-"""The declarations of the platform's interface, compared with what is known of it.
+"""Compares the declarations of the platform's interface with the known facts about it.
 
-interface-facts.txt lists every method with the type encoding that the platform's runtime has for it; InterfaceFacts.mm,
-which each build of the app compiles, asserts the rest. clang's own library reads the declarations.
+interface-facts.txt lists every method with its type encoding in the platform's runtime. InterfaceFacts.mm asserts the
+other facts; each build of the app compiles it. clang's library reads the declarations.
 """
 
 import ctypes
@@ -23,21 +23,21 @@ FACTS = pathlib.Path(__file__).with_name("interface-facts.txt")
 FACTS_FOR_THE_COMPILER = pathlib.Path(__file__).with_name("InterfaceFacts.mm")
 BOOL = {"x86_64": "c", "arm64": "B"}
 
-# Two declarations of NSAlert: the panels have a runModal of their own.
+# Two declarations of NSAlert. The panels have a different runModal.
 ALERT = "- (NSButton *)addButtonWithTitle:(NSString *)title;\n- (NSModalResponse)runModal;"
 
-# What the compiler turns into calls of the runtime's functions, and what it wants declared for an empty literal.
+# The compiler replaces these by calls of the runtime's functions, or needs them declared for an empty literal.
 WITHOUT_MESSAGE = {"+[NSObject alloc]", "-[NSObject retain]", "-[NSObject release]", "-[NSObject autorelease]",
                    "+[NSDictionary dictionaryWithObjects:forKeys:count:]"}
 
 
-def options(architecture, interface):
-    """Returns the options that the build gave the compiler, but for one architecture and with this interface."""
+def options(architecture: str, interface: pathlib.Path) -> list[str]:
+    """Returns the build's compiler options, for one architecture and with this interface."""
     commands = json.loads((BUILDS[0] / "compile_commands.json").read_text())
     command, = [command["command"] for command in commands if command["file"].endswith(FACTS_FOR_THE_COMPILER.name)]
     words = shlex.split(command.replace("-arch x86_64 -arch arm64", f"-arch {architecture}"))
     words = [str(interface) if word == str(HEADERS) else word for word in words]
-    # Without the compiler in front and, behind, what is compiled to where.
+    # Leaves out the compiler, the source and the output.
     return [*words[1:words.index("-o")], "-resource-dir", str(next((LLVM / "lib" / "clang").iterdir()))]
 
 
@@ -55,9 +55,9 @@ CONTINUE, RECURSE = 1, 2  # CXChildVisitResult
 
 
 class Library:
-    """The few calls of clang's library <clang-c/Index.h> that reading declarations takes."""
+    """The calls of clang's library <clang-c/Index.h> that read declarations."""
 
-    def __init__(self):
+    def __init__(self) -> None:
         self.library = ctypes.CDLL(str(next((LLVM / "lib").glob("libclang-*.so.1"))))
         self.declare("createIndex", ctypes.c_void_p, ctypes.c_int, ctypes.c_int)
         self.declare("parseTranslationUnit", ctypes.c_void_p, ctypes.c_void_p, ctypes.c_char_p,
@@ -71,20 +71,23 @@ class Library:
         self.declare("disposeString", None, String)
         self.index = self.call("createIndex", 0, 1)
 
-    def declare(self, name, result, *arguments):
+    def declare(self, name: str, result: type | None, *arguments: type) -> None:
+        """Declares the types of a function."""
         function = getattr(self.library, f"clang_{name}")
         function.restype, function.argtypes = result, arguments
 
-    def call(self, name, *arguments):
+    def call(self, name: str, *arguments: object) -> object:
+        """Calls a function."""
         return getattr(self.library, f"clang_{name}")(*arguments)
 
-    def text(self, name, cursor):
+    def text(self, name: str, cursor: Cursor) -> str:
+        """Returns a text of a declaration."""
         string = self.call(name, cursor)
         text = self.call("getCString", string).decode()
         self.call("disposeString", string)
         return text
 
-    def methods(self, architecture, interface):
+    def methods(self, architecture: str, interface: pathlib.Path) -> dict[str, str]:
         """Returns the methods that the interface declares: name -> type encoding."""
         arguments = [option.encode() for option in [*options(architecture, interface), "-x", "objective-c++-header"]]
         unit = self.call("parseTranslationUnit", self.index, bytes(interface / "Cocoa" / "Cocoa.h"),
@@ -92,9 +95,9 @@ class Library:
         assert self.call("getNumDiagnostics", unit) == 0, "the interface doesn't compile cleanly"
         found = {}
 
-        def visit(cursor, _, __):
+        def visit(cursor: Cursor, _: Cursor, __: object) -> int:
             if cursor.kind in (METHOD, CLASS_METHOD):
-                # The name across units has a category's class too: c:objc(cy)NSTask@NSDeprecated(im)launch
+                # The USR also has a category's class: c:objc(cy)NSTask@NSDeprecated(im)launch
                 owner, mark, selector = re.fullmatch(r"c:objc\(\w\w\)(\w+)(?:@\w+)?\(([ic])m\)(.+)",
                                                      self.text("getCursorUSR", cursor)).groups()
                 name = f"{'-' if mark == 'i' else '+'}[{owner} {selector}]"
@@ -105,7 +108,7 @@ class Library:
         return found
 
 
-def known(architecture):
+def known(architecture: str) -> dict[str, str]:
     """Returns the facts for one architecture: method -> type encoding."""
     found = {}
     for line in FACTS.read_text().splitlines():
@@ -116,8 +119,8 @@ def known(architecture):
 
 
 class InterfaceTest(FactTest):
-    def changed(self, file, old, new):
-        """Returns a copy of the interface in which a declaration of one file reads otherwise."""
+    def changed(self, file: str, old: str, new: str) -> pathlib.Path:
+        """Returns a copy of the interface with a changed declaration in one file."""
         copy = pathlib.Path(tempfile.mkdtemp())
         self.addCleanup(shutil.rmtree, copy)
         shutil.copytree(HEADERS, copy, dirs_exist_ok=True)
@@ -127,16 +130,16 @@ class InterfaceTest(FactTest):
         return copy
 
     @staticmethod
-    def compiled(architecture, interface, source):
-        """Returns what the compiler says of a source file against this interface: nothing when all is well."""
+    def compiled(architecture: str, interface: pathlib.Path, source: pathlib.Path) -> str:
+        """Returns the compiler's messages for a source file with this interface: empty if it compiles."""
         done = subprocess.run([LLVM / "bin" / "clang++", *options(architecture, interface), "-fsyntax-only", source],
                               stderr=subprocess.PIPE)
         return done.stderr.decode()
 
-    def test_every_method_has_the_platform_s_types(self):
+    def test_every_method_has_the_platform_s_types(self) -> None:
         library = Library()
 
-        def fact(interface):
+        def fact(interface: pathlib.Path) -> None:
             for architecture in BOOL:
                 self.assertEqual(library.methods(architecture, interface), known(architecture))
 
@@ -146,9 +149,9 @@ class InterfaceTest(FactTest):
                    self.changed("AppKit/AppKit.h", ALERT, ALERT.partition("\n")[0]),
                    self.changed("AppKit/AppKit.h", "(unsigned long long, NSEventMask)", "(unsigned, NSEventMask)"))
 
-    def test_constants_and_structures(self):
-        """What the build asserts is asserted: a wrong value doesn't compile."""
-        def fact(interface):
+    def test_constants_and_structures(self) -> None:
+        """A wrong value does not compile."""
+        def fact(interface: pathlib.Path) -> None:
             for architecture in BOOL:
                 self.assertEqual(self.compiled(architecture, interface, FACTS_FOR_THE_COMPILER), "")
 
@@ -159,28 +162,28 @@ class InterfaceTest(FactTest):
                    self.changed("Foundation/Foundation.h", "    NSUInteger length", "    unsigned length"),
                    self.changed("objc/objc.h", "__OBJC_BOOL_IS_BOOL", "1"))
 
-    def test_nothing_newer_than_the_lowest_system(self):
-        """A call that macOS 10.13 lacks is an error, once its declaration says so."""
-        def fact(interface):
+    def test_nothing_newer_than_the_lowest_system(self) -> None:
+        """A call that macOS 10.13 does not have is an error if its declaration says so."""
+        def fact(interface: pathlib.Path) -> None:
             self.assertEqual(self.compiled("x86_64", interface, COPY / "ui" / "ModalAlert.mm"), "")
 
         self.holds(fact, HEADERS,
                    self.changed("AppKit/AppKit.h", ALERT,
                                 ALERT.replace("runModal;", "runModal API_AVAILABLE(macos(10.14));")))
 
-    def test_nothing_that_the_app_does_not_use(self):
-        """Each method's name is in the app; of a property, its getter's or its setter's."""
+    def test_nothing_that_the_app_does_not_use(self) -> None:
+        """The app has each method's name, and the name of each property's getter or setter."""
         sent = set()
         for part in macho.slices(EXECUTABLE.read_bytes()).values():
             sent |= set(part.texts("__TEXT,__objc_methname"))
 
-        def subject(selector):
-            """Returns what a getter and its setter have in common; all of any other selector but its last colon."""
+        def subject(selector: str) -> str:
+            """Returns the part that a getter and its setter share, or another selector without its last colon."""
             return re.sub(r"^(set|is)(?=[A-Z])", "", selector.removesuffix(":")).lower()
 
         subjects = {subject(selector) for selector in sent}
 
-        def fact(methods):
+        def fact(methods: set[str]) -> None:
             declared = {method: method[:-1].partition(" ")[2] for method in methods - WITHOUT_MESSAGE}
             unused = [method for method, selector in declared.items() if subject(selector) not in subjects]
             self.assertEqual(unused, [])

@@ -1,7 +1,8 @@
-"""Reads what the tests need of universal Mach-O files, after <mach-o/loader.h>, <mach-o/fat.h> and the published layout
-of the Objective-C runtime's metadata. A file that is not as they say raises an exception."""
+"""Reads universal Mach-O files for the tests, as <mach-o/loader.h>, <mach-o/fat.h> and the published layout of the
+Objective-C runtime's metadata describe them. A file with another layout raises an exception."""
 
 import struct
+from collections.abc import Iterator
 
 X86_64, ARM64 = 0x01000007, 0x0100000C
 NAMES = {X86_64: "x86_64", ARM64: "arm64"}
@@ -10,7 +11,7 @@ LC_SYMTAB, LC_DYSYMTAB, LC_LOAD_DYLIB, LC_SEGMENT_64 = 0x2, 0xB, 0xC, 0x19
 LC_CODE_SIGNATURE, LC_VERSION_MIN_MACOSX, LC_FUNCTION_STARTS, LC_BUILD_VERSION = 0x1D, 0x24, 0x26, 0x32
 
 
-def parts(file):
+def parts(file: bytes) -> list[tuple[int, int, int, int]]:
     """Returns (processor, alignment, offset, size) for each part of a universal file."""
     magic, count = struct.unpack_from(">2I", file)
     assert magic == 0xCAFEBABE, "not a universal file"
@@ -22,14 +23,14 @@ def parts(file):
 
 
 class Section:
-    def __init__(self, file, at):
+    def __init__(self, file: bytes, at: int) -> None:
         self.name = "%s,%s" % tuple(file[place:place + 16].rstrip(b"\0").decode() for place in (at + 16, at))
         self.address, self.size = struct.unpack_from("<2Q", file, at + 32)
         self.offset, _, _, self.relocations, self.flags = struct.unpack_from("<5I", file, at + 48)
 
 
 class Segment:
-    def __init__(self, file, at):
+    def __init__(self, file: bytes, at: int) -> None:
         self.name = file[at + 8:at + 24].rstrip(b"\0").decode()
         self.address, self.size, self.offset, self.file_size = struct.unpack_from("<4Q", file, at + 24)
         self.maximum, self.initial, count, self.flags = struct.unpack_from("<4I", file, at + 56)
@@ -37,9 +38,9 @@ class Segment:
 
 
 class Slice:
-    """One architecture of an executable. `start` is where it lies in the universal file."""
+    """One architecture of an executable. `start` is its offset in the universal file."""
 
-    def __init__(self, file, processor, start, size):
+    def __init__(self, file: bytes, processor: int, start: int, size: int) -> None:
         self.name, self.start = NAMES[processor], start
         self.file = file[start:start + size]
         magic, kind, _, self.file_type, count, _, self.flags, _ = struct.unpack_from("<8I", self.file)
@@ -52,49 +53,49 @@ class Slice:
         self.segments = [Segment(self.file, at) for at in self.all(LC_SEGMENT_64)]
         self.sections = {section.name: section for segment in self.segments for section in segment.sections}
 
-    def all(self, command):
+    def all(self, command: int) -> list[int]:
         """Returns the offsets of the load commands of this kind."""
         return [at for kind, at in self.commands if kind == command]
 
-    def one(self, command):
+    def one(self, command: int) -> int:
         """Returns the offset of the one load command of this kind."""
         at, = self.all(command)
         return at
 
-    def fields(self, command, format):
-        """Returns the fields behind kind and length of the one load command of this kind."""
+    def fields(self, command: int, format: str) -> tuple:
+        """Returns the fields after kind and length of the one load command of this kind."""
         return struct.unpack_from("<" + format, self.file, self.one(command) + 8)
 
-    def place(self, address):
-        """Returns the offset of an address."""
+    def place(self, address: int) -> int:
+        """Returns the file offset of an address."""
         for segment in self.segments:
             if segment.address <= address < segment.address + segment.file_size:
                 return segment.offset + address - segment.address
         raise ValueError(f"no such address: {address:#x}")
 
-    def read(self, address, format):
+    def read(self, address: int, format: str) -> tuple:
         """Returns the values at an address."""
         return struct.unpack_from("<" + format, self.file, self.place(address))
 
-    def text(self, address):
+    def text(self, address: int) -> str:
         """Returns the C string at an address."""
         at = self.place(address)
         return self.file[at:self.file.index(b"\0", at)].decode()
 
-    def texts(self, section):
+    def texts(self, section: str) -> list[str]:
         """Returns the C strings of a section."""
         section = self.sections[section]
         return self.file[section.offset:section.offset + section.size].rstrip(b"\0").decode().split("\0")
 
-    def pointers(self, section):
-        """Returns the pointers of a section; none when there is no such section."""
+    def pointers(self, section: str) -> tuple[int, ...]:
+        """Returns the pointers of a section, or none if there is no such section."""
         if section not in self.sections:
             return ()
         section = self.sections[section]
         return struct.unpack_from(f"<{section.size // 8}Q", self.file, section.offset)
 
-    def functions(self):
-        """Returns the addresses where functions begin."""
+    def functions(self) -> set[int]:
+        """Returns the start addresses of the functions."""
         at, size = self.fields(LC_FUNCTION_STARTS, "2I")
         address, end, found = self.segments[1].address, at + size, set()
         while at < end:
@@ -105,18 +106,18 @@ class Slice:
             found.add(address)
         return found
 
-    def lists(self, name):
-        """Returns the pointers of an Objective-C list section, wherever the linker put it."""
+    def lists(self, name: str) -> tuple[int, ...]:
+        """Returns the pointers of an Objective-C list section, from either data segment."""
         return self.pointers(f"__DATA,{name}") + self.pointers(f"__DATA_CONST,{name}")
 
 
-def slices(file):
+def slices(file: bytes) -> dict[str, Slice]:
     """Returns the architectures of a universal executable by their names."""
     found = [Slice(file, processor, offset, size) for processor, _, offset, size in parts(file)]
     return {part.name: part for part in found}
 
 
-def entries(part, address, format):
+def entries(part: Slice, address: int, format: str) -> Iterator[tuple]:
     """Yields the entries of an Objective-C list: each entry's fields. Address 0 is an empty list."""
     if address:
         size, count = part.read(address, "2I")
@@ -125,15 +126,15 @@ def entries(part, address, format):
             yield part.read(address + 8 + size * number, format)
 
 
-def methods(part, address):
+def methods(part: Slice, address: int) -> dict[str, tuple[str, int]]:
     """Returns the methods of a list: selector -> (type encoding, address of the code)."""
     return {part.text(name): (part.text(types), code) for name, types, code in entries(part, address, "3Q")}
 
 
 class ObjectiveC:
-    """What the runtime is told of the classes and categories of one architecture."""
+    """The runtime's metadata of the classes and categories of one architecture."""
 
-    def __init__(self, part):
+    def __init__(self, part: Slice) -> None:
         self.classes = {}
         for address in part.lists("__objc_classlist"):
             name, description = self.describe(part, address)
@@ -150,7 +151,7 @@ class ObjectiveC:
             })
 
     @staticmethod
-    def describe(part, address):
+    def describe(part: Slice, address: int) -> tuple[str, dict]:
         meta, _, _, _, data = part.read(address, "5Q")
         start, size, _, _, name, own, protocols, ivars, _, properties = part.read(data + 4, "3I7Q")
         protocol_list = part.read(protocols, "Q")[0] if protocols else 0
@@ -170,12 +171,12 @@ class ObjectiveC:
 
 
 class Unwinding:
-    """The compact unwind table (<mach-o/compact_unwind_encoding.h>) of one architecture: which function has which
-    personality and which exception table."""
+    """The compact unwind table (<mach-o/compact_unwind_encoding.h>) of one architecture: the personality and the
+    exception table of each function."""
 
     HAS_LSDA, PERSONALITY = 0x40000000, 0x30000000
 
-    def __init__(self, part):
+    def __init__(self, part: Slice) -> None:
         section = part.sections["__TEXT,__unwind_info"]
         self.part, self.base = part, section.offset
         self.image = next(segment.address for segment in part.segments if segment.name == "__TEXT")
@@ -202,20 +203,20 @@ class Unwinding:
                 for entry, in struct.iter_unpack("<I", self.bytes(page + start, 4 * count)):
                     self.functions[self.image + first + (entry & 0xFFFFFF)] = known[entry >> 24]
 
-    def bytes(self, offset, size):
+    def bytes(self, offset: int, size: int) -> "bytes":
         return self.part.file[self.base + offset:self.base + offset + size]
 
-    def at(self, offset, format):
+    def at(self, offset: int, format: str) -> tuple:
         return struct.unpack_from("<" + format, self.part.file, self.base + offset)
 
-    def personality(self, function):
+    def personality(self, function: int) -> int | None:
         """Returns the address of the pointer to the function's personality routine, or None."""
         number = (self.functions[function] & self.PERSONALITY) >> 28
         return self.personalities[number - 1] if number else None
 
 
-def uleb128(data, at):
-    """Returns the number at this place and the place behind it."""
+def uleb128(data: bytes, at: int) -> tuple[int, int]:
+    """Returns the number at an offset and the offset after it."""
     value, shift = 0, 0
     while True:
         byte = data[at]
@@ -224,7 +225,7 @@ def uleb128(data, at):
             return value, at
 
 
-def caught(part, table):
+def caught(part: Slice, table: int) -> list[int]:
     """Returns the addresses of the pointers to the types that a function's exception table catches; 0 is any type."""
     data, at = part.file, part.place(table)
     assert data[at] == 0xFF, "landing pads relative to something else"
@@ -257,8 +258,8 @@ def caught(part, table):
     return caught_types
 
 
-def sleb128(data, at):
-    """Returns the signed number at this place and the place behind it."""
+def sleb128(data: bytes, at: int) -> tuple[int, int]:
+    """Returns the signed number at an offset and the offset after it."""
     start = at
     value, at = uleb128(data, at)
     bits = 7 * (at - start)
