@@ -6,13 +6,14 @@ import os
 import pathlib
 import re
 import unittest
+from collections.abc import Callable, Iterable, Iterator
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MESSAGES = ROOT / "docs" / "messages.md"
 DOCUMENTS = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted((ROOT / "docs").glob("*.md"))]
 
-ROOMS = ("app", "ui", "detection", "removal", "licence")
-# Paths and root's commands: nothing of these files is ever shown or logged.
+PRODUCT_FOLDERS = ("app", "ui", "detection", "removal", "licence")
+# Paths and root's commands. The tool never shows or logs a text of these files.
 WITHOUT_TEXTS = {"detection/KnownLocations.hpp", "removal/CleanupScript.cpp", "removal/PrivilegedStatement.cpp",
                  "removal/Quoting.cpp"}
 # Literals that the tool never shows: keys, patterns, names of images and the commands of other programs.
@@ -24,36 +25,36 @@ NOT_SHOWN = {
 # The date after "updated: " changes with each version, so no document states it.
 UPDATED_DATE = re.compile(r"\d{4}\.\d\d\.\d\d")
 
-PLATFORMS_WORDS = "What the platform fills in"
+PLATFORM_SECTION = "What the platform fills in"
 
 
-def without_spaces_around(pieces):
+def without_spaces_around(pieces: Iterable[str]) -> set[str]:
     """Returns the pieces without surrounding spaces, and without blank pieces."""
     return {piece.strip() for piece in pieces} - {""}
 
 
-def pieces_of_row(text):
+def pieces_of_row(text: str) -> set[str]:
     """Returns the fixed parts of a text of the table; … stands for a part that is filled in."""
     return without_spaces_around(text.split("…"))
 
 
-def pieces_of_source(path, prefix):
+def pieces_of_source(path: pathlib.Path, prefix: str) -> set[str]:
     """Returns the fixed parts of the string literals of a source: split at line ends and at format specifiers."""
     token = re.compile(rf'//[^\n]*|/\*.*?\*/|#\s*(?:import|include)[^\n]*|{prefix}"(?P<text>(?:\\.|[^"\\])*)"', re.S)
     literals = [match["text"] for match in token.finditer(path.read_text()) if match["text"]]
     return without_spaces_around(piece for literal in literals for piece in re.split(r"%@|%s|\\n", literal))
 
 
-def sources(*folders):
+def sources(*folders: str) -> list[pathlib.Path]:
     """Returns the C++ and Objective-C++ files of these folders."""
     return [path for folder in folders for path in sorted((ROOT / folder).iterdir())
             if path.suffix in (".h", ".hpp", ".cpp", ".mm")]
 
 
-def shown_by_the_sources():
+def shown_by_the_sources() -> set[str]:
     """Returns the fixed parts of all texts that the product can show or log."""
     pieces = set()
-    for path in sources(*ROOMS):
+    for path in sources(*PRODUCT_FOLDERS):
         if str(path.relative_to(ROOT)) not in WITHOUT_TEXTS:
             pieces |= pieces_of_source(path, "[@u]")
     return {piece for piece in pieces - NOT_SHOWN if not UPDATED_DATE.fullmatch(piece)}
@@ -62,13 +63,13 @@ def shown_by_the_sources():
 class Row:
     """A line of a table in messages.md."""
 
-    def __init__(self, section, cells):
+    def __init__(self, section: str, cells: list[str]) -> None:
         self.section = section
         self.text = cells[0].removeprefix("`").removesuffix("`")
         self.tests = re.findall(r"`([^`]+)`", cells[3])
 
 
-def rows():
+def rows() -> list[Row]:
     """Returns the rows of all tables in messages.md."""
     found, section = [], ""
     for line in MESSAGES.read_text().splitlines():
@@ -80,12 +81,12 @@ def rows():
 
 
 @functools.cache
-def words_of(path):
+def words_of(path: pathlib.Path) -> str:
     """Returns a test's source, with adjacent string literals joined and without the backslash of an escaped period."""
     return re.sub(r'"\s*\\?\s*"', "", path.read_text()).replace("\\\\.", ".")
 
 
-def test_sources(name):
+def test_sources(name: str) -> list[pathlib.Path]:
     """Returns the file that defines a test and the file that its kind of tests share; nothing if no file defines it."""
     if name.startswith("journey."):
         _, subject, journey = name.split(".")
@@ -101,24 +102,24 @@ def test_sources(name):
 
 
 class Messages(unittest.TestCase):
-    def test_every_text_of_the_sources_is_in_the_table(self):
-        told = set().union(*(pieces_of_row(row.text) for row in rows()))
-        self.assertEqual(shown_by_the_sources() - told, set(), "missing in docs/messages.md")
+    def test_every_text_of_the_sources_is_in_the_table(self) -> None:
+        documented = set().union(*(pieces_of_row(row.text) for row in rows()))
+        self.assertEqual(shown_by_the_sources() - documented, set(), "missing in docs/messages.md")
 
-    def test_every_text_of_the_table_is_in_the_sources(self):
+    def test_every_text_of_the_table_is_in_the_sources(self) -> None:
         shown = shown_by_the_sources()
         for row in rows():
-            if row.section != PLATFORMS_WORDS:
+            if row.section != PLATFORM_SECTION:
                 self.assertEqual(pieces_of_row(row.text) - shown, set(), f"stale in docs/messages.md: {row.text}")
 
-    def test_every_text_of_the_platform_is_in_its_sources(self):
+    def test_every_text_of_the_platform_is_in_its_sources(self) -> None:
         literals = set().union(*(pieces_of_source(path, "@?") for path in sources("platform/gnustep/missing")))
-        words = [row for row in rows() if row.section == PLATFORMS_WORDS]
-        self.assertTrue(words, f"no section {PLATFORMS_WORDS}")
+        words = [row for row in rows() if row.section == PLATFORM_SECTION]
+        self.assertTrue(words, f"no section {PLATFORM_SECTION}")
         for row in words:
             self.assertEqual(pieces_of_row(row.text) - literals, set(), f"stale in docs/messages.md: {row.text}")
 
-    def test_every_text_has_tests_that_exist_and_contain_it(self):
+    def test_every_text_has_tests_that_exist_and_contain_it(self) -> None:
         for row in rows():
             self.assertTrue(row.tests, f"the row names no test: {row.text}")
             for test in row.tests:
@@ -129,14 +130,14 @@ class Messages(unittest.TestCase):
                     self.assertEqual([piece for piece in pieces_of_row(row.text) if piece not in said], [],
                                      "the test does not contain the text")
 
-    def test_every_exclusion_names_something_that_exists(self):
+    def test_every_exclusion_exists(self) -> None:
         self.assertEqual([path for path in WITHOUT_TEXTS if not (ROOT / path).exists()], [])
-        there = set().union(*(pieces_of_source(path, "[@u]") for path in sources(*ROOMS)))
+        there = set().union(*(pieces_of_source(path, "[@u]") for path in sources(*PRODUCT_FOLDERS)))
         self.assertEqual(NOT_SHOWN - there, set())
 
 
 @functools.cache
-def tree():
+def tree() -> set[str]:
     """Returns every file and folder of the checkout, relative to its root, except built files."""
     found = set()
     for folder, folders, files in os.walk(ROOT):
@@ -145,21 +146,21 @@ def tree():
     return found
 
 
-def anchors(document):
+def anchors(document: pathlib.Path) -> set[str]:
     """Returns the anchors of a document, which code hosts derive from its headings."""
     headings = re.findall(r"^#+ (.+)$", document.read_text(), re.M)
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
 
 class Documents(unittest.TestCase):
-    def check_each(self, find, explanation):
+    def check_each(self, find: Callable[[pathlib.Path, str], Iterable[str]], explanation: str) -> None:
         """Checks every document: `find` gets the document and its text, and must yield no wrong link, path or name."""
         for document in DOCUMENTS:
             with self.subTest(document=str(document.relative_to(ROOT))):
                 self.assertEqual(sorted(find(document, document.read_text())), [], explanation)
 
-    def test_every_link_leads_somewhere(self):
-        def dead_links(document, text):
+    def test_every_link_has_a_target(self) -> None:
+        def dead_links(document: pathlib.Path, text: str) -> Iterator[str]:
             for target in re.findall(r"\]\(([^)\s]+)\)", text):
                 path, _, anchor = target.partition("#")
                 place = document.parent / path if path else document
@@ -167,30 +168,30 @@ class Documents(unittest.TestCase):
                     yield target
         self.check_each(dead_links, "dead links")
 
-    def test_every_path_exists(self):
+    def test_every_path_exists(self) -> None:
         folders = "|".join(re.escape(path.name) for path in ROOT.iterdir() if path.is_dir() and path.name in tree())
         paths = re.compile(rf"(?<![\w./~-])(?:{folders})/[\w./+-]*")
 
-        def missing_paths(_, text):
+        def missing_paths(_: pathlib.Path, text: str) -> set[str]:
             named = {path.rstrip("./") for path in paths.findall(re.sub(r"\]\([^)]*\)", "]", text))}
             return named - tree()
         self.check_each(missing_paths, "paths that do not exist")
 
-    def test_every_source_named_by_its_name_alone_exists(self):
+    def test_every_source_named_without_a_path_exists(self) -> None:
         names = {path.rpartition("/")[2] for path in tree()}
 
-        def missing_files(_, text):
+        def missing_files(_: pathlib.Path, text: str) -> set[str]:
             named = re.findall(r"`(?:[^`\s]*/)?([\w.+-]+\.(?:mm|hpp|cpp|h|py|tsv|in|md|cmake))`", text)
             return {name for name in named} - names
         self.check_each(missing_files, "files that do not exist")
 
-    def test_readme_names_every_script(self):
+    def test_readme_names_every_script(self) -> None:
         text = (ROOT / "README.md").read_text()
         scripts = sorted(path for path in tree()
                          if re.fullmatch(r"script/[^/]+", path) and os.access(ROOT / path, os.X_OK))
         self.assertEqual([path for path in scripts if not re.search(rf"{path}(?![\w-])", text)], [])
 
-    def test_readme_lists_the_locations_in_their_order(self):
+    def test_readme_lists_the_locations_in_their_order(self) -> None:
         header = (ROOT / "detection/KnownLocations.hpp").read_text()
         known = re.findall(r'^    u"([^"]+)"', header, re.M)
         readme = (ROOT / "README.md").read_text()

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Tests what script/artwork makes: the window's images and the icon file. ImageMagick and icns2png read them back."""
+"""Tests the output of script/artwork: the window's images and the icon file. ImageMagick and icns2png read them."""
 
 import os
 import pathlib
@@ -21,17 +21,18 @@ IMAGES = {"icon_removal_2024": (104, 104), "icon_2024": (104, 104), "quorlen-typ
 FILES = {f"{name}{suffix}.png": (width * factor, height * factor)
          for name, (width, height) in IMAGES.items() for suffix, factor in (("", 1), ("@2x", 2))}
 
-# The entries of the icon file: the side in pixels of those that hold a PNG file, the bytes of those that hold a mask.
+# The entries of the icon file: the side in pixels of PNG and RGB entries, the length in bytes of masks.
 PNG_ENTRIES = {"ic11": 32, "ic12": 64, "ic07": 128, "ic08": 256, "ic13": 256, "ic09": 512, "ic14": 512, "ic10": 1024}
 MASK_ENTRIES = {"s8mk": 16 * 16, "l8mk": 32 * 32}
 RGB_ENTRIES = {"is32": 16, "il32": 32}
 
 
-def output_of(*command):
+def output_of(*command: str | pathlib.Path) -> str:
+    """Returns a command's standard output."""
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
-def png_chunks(png):
+def png_chunks(png: bytes) -> list[str]:
     """Returns the types of a PNG file's chunks, in order."""
     kinds, at = [], 8
     while at < len(png):
@@ -41,10 +42,10 @@ def png_chunks(png):
     return kinds
 
 
-def icon_entries(icns):
+def icon_entries(icns: bytes) -> dict[str, bytes]:
     """Returns the entries of an icon file: the data by type."""
     magic, length = struct.unpack_from(">4sI", icns)
-    assert (magic, length) == (b"icns", len(icns)), "the header does not tell the file's length"
+    assert (magic, length) == (b"icns", len(icns)), "the header does not have the file's length"
     entries, at = {}, 8
     while at < len(icns):
         kind, length = struct.unpack_from(">4sI", icns, at)
@@ -53,21 +54,22 @@ def icon_entries(icns):
     return entries
 
 
-def luminance(colour):
+def luminance(colour: str) -> float:
     """Returns the relative luminance of an sRGB colour "#rrggbb", as the WCAG define it."""
     linear = [c / 12.92 if c <= 0.04045 else ((c + 0.055) / 1.055) ** 2.4
               for c in (value / 255 for value in bytes.fromhex(colour[1:]))]
     return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2]
 
 
-def contrast(one, other):
+def contrast(one: str, other: str) -> float:
+    """Returns the contrast ratio of two colours, as the WCAG define it."""
     darker, lighter = sorted((luminance(one), luminance(other)))
     return (lighter + 0.05) / (darker + 0.05)
 
 
 class Artwork(unittest.TestCase):
     @classmethod
-    def setUpClass(cls):
+    def setUpClass(cls) -> None:
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.folder = pathlib.Path(folder.name)
@@ -75,35 +77,35 @@ class Artwork(unittest.TestCase):
         subprocess.run([ARTWORK, cls.made], check=True)
         cls.icon = cls.made / ICON_FILE
 
-    def assertOnlyPicture(self, png, size):
-        """The PNG file is of that size in pixels, 8-bit RGBA, not interlaced, sRGB, and holds nothing else."""
+    def assertOnlyPicture(self, png: bytes, size: tuple[int, int]) -> None:
+        """Checks that a PNG file has this size in pixels, is 8-bit RGBA, sRGB, not interlaced, and has no other chunk."""
         self.assertEqual(struct.unpack_from(">IIBBBBB", png, 16), (*size, 8, 6, 0, 0, 0))
         kinds = png_chunks(png)
         self.assertEqual([kind for kind in kinds if kind != "IDAT"], ["IHDR", "sRGB", "IEND"])
         self.assertIn("IDAT", kinds)
 
-    def test_makes_these_files_and_no_others(self):
+    def test_makes_these_files_and_no_others(self) -> None:
         self.assertEqual({path.name for path in self.made.iterdir()}, {*FILES, ICON_FILE})
 
-    def test_images_fill_the_views_at_both_scales(self):
+    def test_images_fill_the_views_at_both_scales(self) -> None:
         for name, size in FILES.items():
             with self.subTest(name):
                 self.assertOnlyPicture((self.made / name).read_bytes(), size)
 
-    def test_images_have_opaque_and_clear_parts(self):
+    def test_images_have_opaque_and_clear_parts(self) -> None:
         for name in FILES:
             with self.subTest(name):
                 alpha = output_of("identify", "-format", "%[fx:minima.a] %[fx:maxima.a]", self.made / name)
                 self.assertEqual(alpha, "0 1")
 
-    def test_images_are_small(self):
+    def test_images_are_small(self) -> None:
         self.assertLess(self.icon.stat().st_size, 300_000)
         for name in FILES:
             with self.subTest(name):
                 self.assertLess((self.made / name).stat().st_size, 20_000)
 
-    def test_wordmark_is_legible_on_light_and_dark_windows(self):
-        """Every colour of it: the letters' and that of the Q's tail. What is half clear is only their edges."""
+    def test_wordmark_is_legible_on_light_and_dark_windows(self) -> None:
+        """Checks both colours: the letters and the Q's tail. Only their edges are partly transparent."""
         for suffix in ("", "@2x"):
             histogram = output_of("convert", self.made / f"quorlen-typeface_1024{suffix}.png", "-depth", "8",
                                   "-format", "%c", "histogram:info:-")
@@ -114,20 +116,20 @@ class Artwork(unittest.TestCase):
                     with self.subTest(f"{colour} on {window}"):
                         self.assertGreaterEqual(contrast(colour, window), 3)
 
-    def test_same_bytes_every_time(self):
+    def test_same_bytes_every_time(self) -> None:
         again = self.folder / "again"
         subprocess.run([ARTWORK, again], check=True, cwd="/", env={**os.environ, "TZ": "Asia/Tokyo", "LC_ALL": "C"})
         for path in self.made.iterdir():
             with self.subTest(path.name):
                 self.assertEqual(path.read_bytes(), (again / path.name).read_bytes())
 
-    def test_failure_is_told_and_changes_nothing(self):
+    def test_a_failure_is_reported_and_changes_nothing(self) -> None:
         tools, kept = self.folder / "tools", self.folder / "kept"
         tools.mkdir()
         kept.mkdir()
         (kept / ICON_FILE).write_text("an earlier one")
 
-        def assert_fails(message):
+        def assert_fails(message: str) -> None:
             run = subprocess.run([ARTWORK, kept], env={"PATH": str(tools)}, capture_output=True, text=True)
             self.assertEqual((run.returncode, run.stderr), (1, message))
             self.assertEqual([(path.name, path.read_text()) for path in kept.iterdir()],
@@ -138,7 +140,7 @@ class Artwork(unittest.TestCase):
         (tools / "optipng").symlink_to(shutil.which("false"))
         assert_fails("artwork: optipng failed with status 1; nothing was written.\n")
 
-    def test_icon_file_holds_every_size(self):
+    def test_icon_file_holds_every_size(self) -> None:
         entries = icon_entries(self.icon.read_bytes())
         self.assertEqual(entries.keys(), PNG_ENTRIES.keys() | MASK_ENTRIES.keys() | RGB_ENTRIES.keys())
         for kind, side in PNG_ENTRIES.items():
@@ -148,12 +150,12 @@ class Artwork(unittest.TestCase):
             with self.subTest(kind):
                 self.assertEqual(len(entries[kind]), length)
 
-    def test_another_reader_finds_every_entry(self):
+    def test_icns2png_finds_every_entry(self) -> None:
         listed = output_of("icns2png", "-l", self.icon)
         self.assertEqual(set(re.findall(r"^  '(....)'", listed, re.MULTILINE)),
                          PNG_ENTRIES.keys() | MASK_ENTRIES.keys() | RGB_ENTRIES.keys())
 
-    def test_packed_sizes_unpack_to_their_drawings(self):
+    def test_packed_sizes_unpack_to_their_drawings(self) -> None:
         output_of("icns2png", "-x", "-o", self.folder, self.icon)
         for side in RGB_ENTRIES.values():
             with self.subTest(side):
@@ -165,13 +167,14 @@ class Artwork(unittest.TestCase):
                                            capture_output=True, text=True).stderr
                 self.assertEqual(different, "0")
 
-    def assertRefused(self, message, *images):
+    def assertRefused(self, message: str, *images: pathlib.Path) -> None:
+        """Checks that make-icns refuses these images with a message and writes nothing."""
         output = self.folder / "refused.icns"
         run = subprocess.run([MAKE_ICNS, output, *images], capture_output=True, text=True)
         self.assertEqual((run.returncode, run.stderr), (1, f"make-icns: {message}; {output} was not written\n"))
         self.assertFalse(output.exists())
 
-    def test_icon_writer_refuses_what_is_no_icon(self):
+    def test_icon_writer_refuses_other_files(self) -> None:
         oblong = self.made / "quorlen-typeface_1024.png"
         self.assertRefused(f"{oblong} is not a square 8-bit RGBA image without interlacing", oblong)
         self.assertRefused(f"{self.icon} is not a PNG file", self.icon)
