@@ -1,9 +1,10 @@
-"""What a source of the product or of platform/ may include, and that it doesn't ask for which platform it is compiled.
+"""Checks the includes of the product and of platform/, and that no source tests for its platform.
 
-- A room includes itself and the rooms behind it. app/AppDelegate.mm and app/main.mm start everything and may include
-  every room.
-- Every room may include platform/Retained.hpp and platform/Text.hpp. Of the platform it imports <Cocoa/Cocoa.h> alone.
-- platform/ includes no room, and neither of its two platforms includes the other.
+- Each of the product's folders includes itself and the folders after it in PRODUCT_FOLDERS. app/AppDelegate.mm and
+  app/main.mm start everything and may include every folder.
+- The product's folders may include platform/Retained.hpp and platform/Text.hpp. They import no other header of the
+  platform than <Cocoa/Cocoa.h>.
+- platform/ includes none of the product's folders, and neither of its two platforms includes the other.
 - There is no conditional compilation, except for C++ and, in platform/macos/, for the processor.
 """
 
@@ -14,7 +15,7 @@ import unittest
 from collections.abc import Iterator
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-ROOMS = ("removal", "licence", "detection", "ui", "app")  # each includes itself and those after it
+PRODUCT_FOLDERS = ("removal", "licence", "detection", "ui", "app")  # each includes itself and those after it
 ENTRIES = ("app/AppDelegate.mm", "app/main.mm")
 SHARED = ("platform/Retained.hpp", "platform/Text.hpp")
 SOURCES = {".h", ".hpp", ".cpp", ".mm"}
@@ -23,36 +24,37 @@ PROCESSOR = {"__LP64__", "__x86_64__", "__aarch64__", "__arm64__", "__OBJC_BOOL_
 
 INCLUDE = re.compile(r'\s*#\s*(?:include|import)\s*(["<])([^">]+)[">]')
 CONDITION = re.compile(r"\s*#\s*(?:el)?if(?:n?def)?\b(.*)")
-STANDARD_HEADER = re.compile(r"[a-z0-9_]+")  # of C++: <string>, <cstdint>
+STANDARD_HEADER = re.compile(r"[a-z0-9_]+")  # C++'s: <string>, <cstdint>
 
 
 def may_include(path: str, included: str) -> bool:
-    """Whether the file at `path` may include "included"; both are paths below the top folder."""
+    """Returns whether the file at `path` may include `included`. Both are paths below the top folder."""
     if included in SHARED:
         return True
-    room, target = path.split("/")[0], included.split("/")[0]
-    if room == "platform":
+    folder, target = path.split("/")[0], included.split("/")[0]
+    if folder == "platform":
         return path not in SHARED and included.startswith("/".join(path.split("/")[:2]) + "/")
-    return target in (ROOMS if path in ENTRIES else ROOMS[ROOMS.index(room):])
+    return target in (PRODUCT_FOLDERS if path in ENTRIES else PRODUCT_FOLDERS[PRODUCT_FOLDERS.index(folder):])
 
 
 def findings(root: pathlib.Path) -> Iterator[str]:
-    """Every line below `root` that breaks a rule, as "PATH:LINE: what is wrong"."""
-    for file in sorted(file for top in (*ROOMS, "platform") for file in (root / top).rglob("*")):
+    """Yields every line below `root` that breaks a rule, as "PATH:LINE: what is wrong"."""
+    for file in sorted(file for top in (*PRODUCT_FOLDERS, "platform") for file in (root / top).rglob("*")):
         if file.suffix not in SOURCES:
             continue
         path = file.relative_to(root).as_posix()
         conditions = LANGUAGE | (PROCESSOR if path.startswith("platform/macos/") else set())
-        in_room = not path.startswith("platform/")
+        in_product = not path.startswith("platform/")
         for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
             if include := INCLUDE.match(line):
                 quote, included = include.groups()
                 if quote == '"' and not may_include(path, included):
                     yield f"{path}:{number}: may not include {included}"
-                if quote == "<" and in_room and included != "Cocoa/Cocoa.h" and not STANDARD_HEADER.fullmatch(included):
-                    yield f"{path}:{number}: a room imports <Cocoa/Cocoa.h> and standard C++, not <{included}>"
-            elif in_room and line.lstrip().startswith("@import"):
-                yield f"{path}:{number}: a room imports <Cocoa/Cocoa.h>, not a module"
+                allowed = included == "Cocoa/Cocoa.h" or STANDARD_HEADER.fullmatch(included)
+                if quote == "<" and in_product and not allowed:
+                    yield f"{path}:{number}: the product imports <Cocoa/Cocoa.h> and standard C++, not <{included}>"
+            elif in_product and line.lstrip().startswith("@import"):
+                yield f"{path}:{number}: the product imports <Cocoa/Cocoa.h>, not a module"
             elif condition := CONDITION.match(line):
                 if unknown := set(re.findall(r"[A-Za-z_]\w*", condition[1])) - conditions - {"defined"}:
                     yield f"{path}:{number}: conditional compilation by {' '.join(sorted(unknown))}"

@@ -1,4 +1,4 @@
-"""Tries mutants at the same time, prints what became of them, and compares that with the explained survivors."""
+"""Tries mutants in parallel, prints their results, and compares these with the explained survivors."""
 
 import argparse
 import collections
@@ -37,7 +37,7 @@ def chosen(options: argparse.Namespace, everything: list[Mutant]) -> list[Mutant
 
 
 def together(mutants: list[Mutant]) -> list[list[Mutant]]:
-    """Puts mutants into groups of one file each that don't overlap."""
+    """Puts the mutants of each file into groups that do not overlap."""
     groups: list[list[Mutant]] = []
     for mutant in mutants:
         for group in groups:
@@ -50,7 +50,7 @@ def together(mutants: list[Mutant]) -> list[list[Mutant]]:
 
 
 def try_all(mutants: list[Mutant], compiler: trials.Compiler, may_survive: set[str], jobs: int) -> dict[str, str]:
-    """Tries mutants and prints what became of them; returns that: name -> what noticed it, empty for nothing."""
+    """Tries mutants and prints their results. Returns name -> the test that noticed it, or an empty text."""
     for file in sorted({mutant.file for mutant in mutants}):
         compiler.check(file)
     programs = trials.programs()
@@ -70,7 +70,7 @@ def try_all(mutants: list[Mutant], compiler: trials.Compiler, may_survive: set[s
         finally:
             workers.put(worker)
 
-    # What nothing notices has to pass every test: the explained ones do so together.
+    # A survivor must pass every test. The explained ones run together.
     groups = [[mutant] for mutant in mutants if mutant.name not in may_survive]
     groups += together([mutant for mutant in mutants if mutant.name in may_survive])
     try:
@@ -84,7 +84,7 @@ def try_all(mutants: list[Mutant], compiler: trials.Compiler, may_survive: set[s
 
 
 def report(options: argparse.Namespace) -> None:
-    """Does what the command line says; ends the program if a mutant is not as it must be."""
+    """Runs the command line. Ends the program if a result differs from the explanations."""
     trials.SCRATCH.mkdir(parents=True, exist_ok=True)
     lock = os.open(trials.SCRATCH, os.O_RDONLY)
     fcntl.flock(lock, fcntl.LOCK_EX)  # One run at a time works in this folder.

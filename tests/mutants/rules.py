@@ -12,7 +12,7 @@ from collections.abc import Iterator
 from clang.cindex import Cursor, CursorKind as Kind, Index, Token, TokenKind, TranslationUnit
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-ROOMS = ("app", "ui", "detection", "removal", "licence")
+PRODUCT_FOLDERS = ("app", "ui", "detection", "removal", "licence")
 PROPERTY_LIST = "resources/Info.plist.in"
 COMPARISONS = {b"<": b"<=", b"<=": b"<", b">": b">=", b">=": b">", b"==": b"!=", b"!=": b"=="}
 OPERATORS_WITH_OPERANDS_TO_SPARE = {b"&&", b"||", b"&", b"|", b"+"}
@@ -31,7 +31,7 @@ class Mutant:
     start: int
     end: int
     text: bytes
-    number: int = 1  # tells the mutants of a file apart that are otherwise named alike
+    number: int = 1  # distinguishes the mutants of a file that otherwise have the same name
 
     @property
     def name(self) -> str:
@@ -40,7 +40,7 @@ class Mutant:
 
 
 def applied(mutants: list[Mutant]) -> bytes:
-    """Returns the contents of a file with changes that don't overlap."""
+    """Returns the contents of a file with changes that do not overlap."""
     data = (ROOT / mutants[0].file).read_bytes()
     for mutant in sorted(mutants, key=lambda mutant: -mutant.start):
         data = data[:mutant.start] + mutant.text + data[mutant.end:]
@@ -49,12 +49,13 @@ def applied(mutants: list[Mutant]) -> bytes:
 
 def files() -> list[str]:
     """Returns the files of the product that are changed."""
-    sources = [path for room in ROOMS for path in (ROOT / room).iterdir() if path.suffix in (".mm", ".cpp", ".hpp")]
+    sources = [path for folder in PRODUCT_FOLDERS for path in (ROOT / folder).iterdir()
+               if path.suffix in (".mm", ".cpp", ".hpp")]
     return sorted(str(path.relative_to(ROOT)) for path in sources) + [PROPERTY_LIST]
 
 
 def mutants(file: str, options: list[str]) -> list[Mutant]:
-    """Returns all changes of a file. `options`: how the compiler is called for it."""
+    """Returns all changes of a file. `options`: the compiler's options for it."""
     data = (ROOT / file).read_bytes()
     found = property_list_mutants(data) if file == PROPERTY_LIST else Source(file, data, options).mutants()
     result: list[Mutant] = []
@@ -70,13 +71,13 @@ def mutants(file: str, options: list[str]) -> list[Mutant]:
 
 
 def shown(text: bytes) -> str:
-    """Returns a source text in one line that is not too long."""
+    """Returns a source text in one short line."""
     line = " ".join(text.decode().split())
     return line if len(line) <= 80 else f"{line[:40]}…{line[-39:]}"
 
 
 def letters_changed(text: bytes) -> Iterator[bytes]:
-    """Yields a text with its first and with its last letter changed; with one more where it has none."""
+    """Yields a text with its first and with its last letter changed, or with a letter added if it has none."""
     letters = [match.start() for match in re.finditer(rb"(?<![%\\])[A-Za-z0-9]", text)]
     for at in dict.fromkeys(letters[:1] + letters[-1:]):
         last_of_its_kind = text[at:at + 1] in b"zZ9"
@@ -168,7 +169,7 @@ class Source:
     def visit_condition(self, condition: Cursor) -> None:
         start, end = self.range(condition)
         text = self.text(start, end)
-        if text.decode() in OPPOSITES:  # has a rule of its own
+        if text.decode() in OPPOSITES:  # another rule handles it
             return
         negated = self.range(self.children(condition)[0]) if condition.kind == Kind.UNARY_OPERATOR else None
         self.change("negated", start, end, self.text(*negated) if negated else b"!(" + text + b")")
@@ -176,7 +177,7 @@ class Source:
         self.change("constant", start, end, b"false")
 
     def visit_elements(self, start: int, end: int) -> None:
-        """Leaves each element of a list in brackets or braces out."""
+        """Leaves out each element of a list in brackets or braces."""
         inside = [token for token in self.tokens if start <= token.extent.start.offset < end]
         inside = inside[2 if inside[0].spelling == "@" else 1:-1]
         elements, depth = [[]], 0
@@ -195,7 +196,7 @@ class Source:
                 self.change("element left out", first, ranges[1][0] if len(ranges) > 1 else last, b"", words)
 
     def visit_operator(self, cursor: Cursor, children: list[Cursor]) -> None:
-        """Changes a comparison, leaves an operand or a fallback out."""
+        """Changes a comparison, or leaves out an operand or a fallback."""
         ranges = [self.range(child) for child in children]
         (start, end), (next_start, next_end) = min(ranges), max(ranges, key=lambda place: (place[0], place[1]))
         operator = self.text(end, next_start).strip()
@@ -238,12 +239,12 @@ class Source:
 
 
 def is_truth(spelling: str) -> bool:
-    """Tells whether a type, as it is spelled, holds a truth value."""
+    """Returns whether a type's spelling is that of a truth value."""
     return spelling.removeprefix("const ") in ("bool", "BOOL")
 
 
 def property_list_mutants(data: bytes) -> Iterator[Mutant]:
-    """Yields the changes of the property list: an entry left out, a letter of a key or text, a truth value."""
+    """Yields the changes of the property list: a missing entry, a letter of a key or text, a truth value."""
     key = ""
     for tag in re.finditer(rb"<(key|string)>(.*?)</\1>|<(true|false)/>", data):
         if tag[1] == b"key":

@@ -1,4 +1,4 @@
-"""Builds mutants beside the normal build and shows them to the tests, on practice Macs that stay up in between."""
+"""Builds mutants in their own folders and runs the tests on them, on practice Macs that stay up between tests."""
 
 import json
 import os
@@ -18,23 +18,23 @@ SCRATCH = ROOT / "build/mutants"
 PRACTICE_MAC = ROOT / "practice-mac/practice-mac"
 COMPILER = "the compiler"
 JOURNEY = "journey.window.first_look"
-ANY_MAC = ("--locations", "none")  # how the Mac of most programs is started
+ANY_MAC = ("--locations", "none")  # the practice Mac's options for most programs
 LIMIT = 120  # seconds, for one run of a program; far more than any needs
 # Standard headers that the product's files include. With these and the platform's read beforehand, compiling is quick.
 STANDARD_HEADERS = ("array", "charconv", "limits", "memory", "string", "string_view", "utility", "vector")
 
 
 class CannotJudge(Exception):
-    """The unchanged product doesn't compile, or fails a test, either."""
+    """The unchanged product does not compile either, or fails a test."""
 
 
 def output_of(*command: str | pathlib.Path) -> str:
-    """Returns what a command prints; its failure is an error."""
+    """Returns a command's output. A failure is an error."""
     return subprocess.run(command, cwd=BUILD, stdout=subprocess.PIPE, check=True).stdout.decode()
 
 
 class Compiler:
-    """Compiles and links as the normal build does, but into folders of its own and faster."""
+    """Compiles and links as the normal build does, but faster and into other folders."""
 
     def __init__(self) -> None:
         self.commands: dict[str, list[str]] = {}  # object file -> the command that makes it
@@ -42,11 +42,11 @@ class Compiler:
         for command in json.loads((BUILD / "compile_commands.json").read_text()):
             words = shlex.split(command["command"])
             output, source = words[words.index("-o") + 1], pathlib.Path(command["file"])
-            room = source.relative_to(ROOT).parts[0] if source.is_relative_to(ROOT) else ""
-            if room in rules.ROOMS and not output.startswith("tests/"):  # The fuzzers compile some once more.
+            folder = source.relative_to(ROOT).parts[0] if source.is_relative_to(ROOT) else ""
+            if folder in rules.PRODUCT_FOLDERS and not output.startswith("tests/"):  # not the fuzzers'
                 self.commands[output] = words[next(n for n, word in enumerate(words) if "clang++" in word):]
                 self.sources[output] = str(source.relative_to(ROOT))
-        self.users: dict[str, set[str]] = {}  # file in the repository -> the product's object files that it goes into
+        self.users: dict[str, set[str]] = {}  # file in the repository -> the product's object files that include it
         output = ""
         for line in output_of("ninja", "-t", "deps").splitlines():
             if not line.startswith(" "):
@@ -57,7 +57,7 @@ class Compiler:
         self.preludes: dict[str, pathlib.Path] = {}
 
     def options(self, output: str) -> list[str]:
-        """Returns how the compiler is called for an object file, without what is compiled to where."""
+        """Returns the compiler's options for an object file, without source and output."""
         words = self.commands[output]
         options = [*words[1:words.index("-o")], "-O0", "-g0"]
         language = words[words.index("-x") + 1] if "-x" in words else "c++"
@@ -66,7 +66,7 @@ class Compiler:
         return [*options, "-include-pch", str(self.preludes[language])]
 
     def options_for(self, file: str) -> list[str]:
-        """Returns the options for reading a file of the product; none for one that isn't compiled."""
+        """Returns the compiler's options for a file of the product, or none if it is not compiled."""
         if file == rules.PROPERTY_LIST:
             return []
         output = min(self.users[file])
@@ -74,7 +74,7 @@ class Compiler:
 
     @staticmethod
     def make_prelude(language: str, command: list[str]) -> pathlib.Path:
-        """Reads the headers that all files include once and for all."""
+        """Precompiles the headers that all files include."""
         header = SCRATCH / f"prelude-{language.replace('+', 'p')}.hpp"
         SCRATCH.mkdir(parents=True, exist_ok=True)
         lines = [f"#include <{name}>\n" for name in STANDARD_HEADERS]
@@ -86,7 +86,7 @@ class Compiler:
         return compiled
 
     def compile(self, file: str, data: bytes, folder: pathlib.Path) -> dict[str, str] | None:
-        """Compiles what a file with other contents changes; returns old object file -> new one, or None for an error."""
+        """Compiles all that a changed file is part of. Returns old object file -> new one, or None after an error."""
         changed = folder / file
         changed.parent.mkdir(parents=True, exist_ok=True)
         changed.write_bytes(data)
@@ -100,12 +100,12 @@ class Compiler:
         return objects
 
     def check(self, file: str) -> None:
-        """Checks that a file compiles unchanged, without which no error would mean anything."""
+        """Checks that the unchanged file compiles, so that an error shows a fault of the mutant."""
         if file != rules.PROPERTY_LIST and not self.compile(file, (ROOT / file).read_bytes(), SCRATCH / "unchanged"):
             raise CannotJudge(f"{file} doesn't compile unchanged")
 
     def link(self, program: pathlib.Path, objects: dict[str, str], folder: pathlib.Path) -> pathlib.Path | None:
-        """Links a program with other object files; returns None when it has none of them in it."""
+        """Links a program with other object files. Returns None if it contains none of them."""
         if program not in self.links:
             target = str(program.relative_to(BUILD))
             commands = [shlex.split(line) for line in output_of("ninja", "-t", "commands", target).splitlines()]
@@ -127,26 +127,26 @@ class Compiler:
 
 
 class Program:
-    """A GoogleTest program of a room."""
+    """A GoogleTest program of one of the product's folders."""
 
     def __init__(self, name: str, path: pathlib.Path, start: tuple[str, ...], plain: bool) -> None:
         self.name = name
         self.path = path
-        self.plain = plain  # CTest starts it without a Mac, since it has no window
-        self.room = path.relative_to(BUILD / "tests").parts[0]
-        self.start = start  # how its practice Mac is started
+        self.plain = plain  # CTest starts it without a practice Mac, because it has no window
+        self.folder = path.relative_to(BUILD / "tests").parts[0]
+        self.start = start  # its practice Mac's options
         self.times: dict[str, int] = {}  # test -> milliseconds, once known
         self.noticed: dict[str, list[str]] = {}  # function -> the tests that noticed its mutants
 
     def filters(self, function: str) -> list[str]:
-        """Returns the order of the tests for a mutant: what noticed its neighbours, what is quick, and the rest."""
+        """Returns the tests for a mutant in order: those that noticed its neighbours, the quick ones, the rest."""
         first = self.noticed.get(function, [])[-3:]
         by_time = sorted(self.times, key=lambda name: self.times[name])
         quick = [name for name in by_time[:len(by_time) // 2] if name not in first]
         return [":".join(first), ":".join(quick), "-" + ":".join(first + quick)]
 
     def learn(self, output: str) -> str | None:
-        """Notes the times of the tests in a program's output; returns the one that failed or did not end."""
+        """Stores the times of the tests in a program's output. Returns the test that failed or did not end."""
         for name, time in re.findall(r"\[       OK \] (\S+) \((\d+) ms\)", output):
             self.times[name] = int(time)
         ended = re.findall(r"\[  FAILED  \] (\w+\.\w+)", output)
@@ -155,12 +155,12 @@ class Program:
 
 
 def programs() -> list[Program]:
-    """Returns the rooms' test programs, as CTest starts them."""
+    """Returns the test programs of the product's folders, as CTest starts them."""
     found = []
     for test in json.loads(output_of("ctest", "--show-only=json-v1"))["tests"]:
         words = test.get("command", [])
         path = pathlib.Path(words[-1]) if words else ROOT
-        if path.is_relative_to(BUILD / "tests") and path.relative_to(BUILD / "tests").parts[0] in rules.ROOMS:
+        if path.is_relative_to(BUILD / "tests") and path.relative_to(BUILD / "tests").parts[0] in rules.PRODUCT_FOLDERS:
             # "practice-mac try OPTION... -- PROGRAM", or the program alone.
             start = words[words.index("try") + 1:-2] if len(words) > 1 else []
             found.append(Program(test["name"], path, tuple(start) or ANY_MAC, plain=len(words) == 1))
@@ -174,7 +174,7 @@ class Mac:
         self.seat = output_of(PRACTICE_MAC, "start", "--until", str(os.getpid()), *options).strip()
 
     def run(self, *command: str | pathlib.Path) -> tuple[int | None, str]:
-        """Runs a command; returns its status, None if it had to be killed, and what it printed."""
+        """Runs a command. Returns its status (None if it had to be killed) and its output."""
         with subprocess.Popen([PRACTICE_MAC, "run", self.seat, "--", *command], start_new_session=True,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as process:
             try:
@@ -186,12 +186,12 @@ class Mac:
                 return None, output.decode(errors="replace")
 
     def stop(self) -> None:
-        """Throws it away."""
+        """Stops it and deletes its disk."""
         output_of(PRACTICE_MAC, "stop", self.seat)
 
 
 class Worker:
-    """Tries one mutant after another."""
+    """Tries mutants one after another."""
 
     def __init__(self, number: int, compiler: Compiler, all_programs: list[Program]) -> None:
         self.folder = SCRATCH / str(number)
@@ -200,12 +200,12 @@ class Worker:
         self.macs: dict[tuple[str, ...], Mac] = {}
 
     def stop(self) -> None:
-        """Throws the Macs away."""
+        """Stops its practice Macs."""
         for mac in self.macs.values():
             mac.stop()
 
     def trial(self, mutants: list[Mutant]) -> str:
-        """Builds mutants of one file at once and shows them to the tests; returns the first that notices, or nothing."""
+        """Builds mutants of one file together and runs the tests. Returns the first test that fails, or nothing."""
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder.mkdir(parents=True)
         if mutants[0].file == rules.PROPERTY_LIST:
@@ -213,8 +213,8 @@ class Worker:
         objects = self.compiler.compile(mutants[0].file, rules.applied(mutants), self.folder)
         if objects is None:
             return COMPILER
-        room = mutants[0].file.partition("/")[0]
-        for program in sorted(self.programs, key=lambda program: (program.room != room, not program.plain,
+        folder = mutants[0].file.partition("/")[0]
+        for program in sorted(self.programs, key=lambda program: (program.folder != folder, not program.plain,
                                                                   program.start != ANY_MAC)):
             changed = self.compiler.link(program.path, objects, self.folder)
             if changed and (test := self.noticing_test(program, changed, f"{mutants[0].file} {mutants[0].function}")):
@@ -227,7 +227,7 @@ class Worker:
             test, hung = self.failing_test(program, changed, function)
             if test is None:
                 return None
-            # The Mac may have suffered from an earlier mutant. The unchanged program passes if it has not.
+            # An earlier mutant may have damaged the Mac. If it did not, the unchanged program passes.
             mac = self.mac(program)
             healthy = not hung and mac.run(program.path, f"--gtest_filter={test}")[0] == 0
             if not healthy:
@@ -255,7 +255,7 @@ class Worker:
         return self.macs[program.start]
 
     def trial_of_tool(self, objects: dict[str, str]) -> str:
-        """Goes a journey with the tool itself, the last resort."""
+        """Runs a journey with the tool itself, after all other tests."""
         tool, = BUILD.glob("*.app/*Tool")
         changed = self.compiler.link(tool, objects, self.folder)
         assert changed
@@ -264,7 +264,7 @@ class Worker:
         return JOURNEY if noticed.returncode else ""
 
     def trial_of_property_list(self, mutants: list[Mutant]) -> str:
-        """Shows a bundle with the changed property list to the test of the shipped one."""
+        """Runs the shipped bundle's test on a bundle with the changed property list."""
         cmake = (ROOT / "CMakeLists.txt").read_text()
         text = rules.applied(mutants).decode()
         text = text.replace("@PROJECT_VERSION@", re.search(r"VERSION ([\d.]+) LANGUAGES", cmake)[1])

@@ -1,4 +1,4 @@
-"""Every script has a usage, and refuses a word it doesn't know before it builds, installs or changes anything."""
+"""Tests that every script has a usage and refuses an unknown word before it builds, installs or changes anything."""
 
 import os
 import pathlib
@@ -16,7 +16,7 @@ WORKING_TOOLS = ("apt-get", "dpkg-query", "sudo", "git", "cmake", "ninja", "ctes
 
 
 def scripts() -> list[str]:
-    """The commands of the checkout, as paths below its top folder."""
+    """Returns the commands of the checkout, as paths below its top folder."""
     found = [f"script/{path.name}" for path in sorted((ROOT / "script").iterdir()) if os.access(path, os.X_OK)]
     return [*found, ".ci/run"]
 
@@ -52,7 +52,7 @@ class ScriptsTest(unittest.TestCase):
         return done
 
     def contents(self) -> list[tuple[str, int]]:
-        """Every path of the copy, with the time of its last change; a new or removed file changes its folder's."""
+        """Returns every path of the copy with its modification time; a new or removed file changes its folder's."""
         return [(folder, os.lstat(os.path.join(folder, name)).st_mtime_ns)
                 for folder, folders, files in os.walk(self.copy) for name in (*folders, *files)]
 
@@ -66,7 +66,7 @@ class ScriptsTest(unittest.TestCase):
 
     def test_an_unknown_word_is_refused_and_nothing_is_done(self) -> None:
         for script in scripts():
-            # The folder that script/artwork writes to is a word of any kind.
+            # script/artwork takes any word as its output folder.
             for words in (["--chek"], ["no-such-word"] if script != "script/artwork" else ["folder", "no-such-word"]):
                 with self.subTest(script, words=words):
                     done = self.run_script(script, *words)
@@ -86,7 +86,7 @@ class ScriptsTest(unittest.TestCase):
                 self.assertEqual(self.run_script(script, *words).returncode, 2)
 
     def on_a_mac(self) -> None:
-        """Makes the scripts take this machine for a Mac until the test ends."""
+        """Makes the scripts treat this machine as a Mac until the test ends."""
         uname = self.tools / "uname"
         uname.write_text("#!/bin/sh\necho Darwin\n")
         uname.chmod(0o755)
