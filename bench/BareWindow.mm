@@ -1,6 +1,6 @@
-/// The baseline of what this AppKit costs: an application that shows one empty window of the tool's size and style, and
-/// nothing in it. It is linked with the same platform additions as the tool, so that what these save or cost counts on
-/// both sides; see docs/speed.md.
+/// The baseline for the time and memory that this AppKit takes: an application with one empty window of the tool's size
+/// and style. It is linked with the same platform additions as the tool, so that their effect counts on both sides. See
+/// docs/speed.md.
 #import "platform/Retained.hpp"
 #import <Cocoa/Cocoa.h>
 

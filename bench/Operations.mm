@@ -1,11 +1,11 @@
-/// The tool's operations, timed within one process: each line of the result is one run, in milliseconds.
+/// Times the tool's operations within one process. Each line of the output is one run, in milliseconds.
 ///
 ///   operations scan RUNS             a detection's twelve tests, and twelve bare stat calls
 ///   operations detection RUNS        a detection with its status line and log lines, and twelve bare stat calls
 ///   operations backup RUNS           a licence backup, and the archiver by itself on the same file
 ///   operations restore RUNS          a licence restore, and the archiver by itself on the same archive
 ///   operations removal               a removal, from the press that confirms it to its completion alert on the screen
-///   operations append LINES RUNS     one more line on an activity log of so many
+///   operations append LINES RUNS     one more line on an activity log of LINES lines
 ///   operations script                prints the cleanup script instead
 #import "app/AppDelegate+ActivityLog.h"
 #import "detection/AppDelegate+DetectionStatus.h"
@@ -42,7 +42,7 @@ template <typename Work> double timed(const Work &work)
     }
 }
 
-/// Times two ways by turns, and prints both of each run.
+/// Times the tool and the baseline in turns, and prints both times of each run.
 template <typename Tool, typename Baseline> void compare(int runs, const Tool &tool, const Baseline &baseline)
 {
     for (int run = 0; run < runs; ++run) {
@@ -143,7 +143,8 @@ int main(int argc, char **argv)
         } else if (what == "script") {
             printf("%s", [[controller cleanupShellScript] UTF8String]);
         } else {
-            fprintf(stderr, "operations: unknown: %s; the head of bench/Operations.mm lists them\n", what.c_str());
+            fprintf(
+                stderr, "operations: unknown operation: %s; the top of bench/Operations.mm lists them\n", what.c_str());
             return 2;
         }
     }

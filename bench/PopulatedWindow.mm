@@ -1,5 +1,5 @@
-/// The tool's window and nothing more: the same views as the tool's, put up by the same calls of AppKit, with no
-/// detection, no event monitor and no actions. What it costs above the bare window is what AppKit takes to show them.
+/// The tool's window alone: the same views, made by the same calls of AppKit, without detection, event monitor and
+/// actions. Its time and memory above those of the bare window are what AppKit takes to show the views.
 #import "app/AppDelegate.h"
 #import "platform/Retained.hpp"
 #import "ui/AppDelegate+MainWindow.h"

@@ -1,5 +1,6 @@
-/// Tells how long after a press of Shift something is drawn on the screen, on which nothing else moves: for each press,
-/// one line with the milliseconds from the press to the drawing, and those of a round trip to the X server just before.
+/// Measures the time from a press of Shift to the next drawing on the screen. Nothing else may draw meanwhile. For each
+/// press it prints one line: the milliseconds from the press to the drawing, and the milliseconds of a round trip to
+/// the X server just before.
 ///
 /// usage: shift-clock PRESSES
 #include <X11/extensions/Xdamage.h>
@@ -16,16 +17,16 @@ namespace
 {
 
 using Clock = std::chrono::steady_clock;
-constexpr int PatienceMilliseconds = 2000;
-constexpr int RestMilliseconds = 100;
+constexpr int timeoutMilliseconds = 2000;
+constexpr int restMilliseconds = 100;
 
 double millisecondsSince(Clock::time_point begin)
 {
     return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
 }
 
-/// Waits for the next drawing; false when none comes within so many milliseconds.
-bool drawn(Display *display, int damageNotify, int patience)
+/// Waits for the next drawing. Returns false if there is none within `timeout` milliseconds.
+bool drawn(Display *display, int damageNotify, int timeout)
 {
     for (;;) {
         while (XPending(display)) {
@@ -36,22 +37,22 @@ bool drawn(Display *display, int damageNotify, int patience)
             }
         }
         pollfd connection { ConnectionNumber(display), POLLIN, 0 };
-        if (poll(&connection, 1, patience) == 0) {
+        if (poll(&connection, 1, timeout) == 0) {
             return false;
         }
     }
 }
 
-/// Waits until nothing is drawn any more: a swap takes several drawings.
+/// Waits until nothing is drawn for a while: a swap takes several drawings.
 void waitForRest(Display *display, int damageNotify)
 {
-    while (drawn(display, damageNotify, RestMilliseconds)) { }
+    while (drawn(display, damageNotify, restMilliseconds)) { }
 }
 
-/// Waits until the keyboard is some program's; false when it never is.
-bool keyboardIsTaken(Display *display)
+/// Waits until a program's window is focused. Returns false if that takes too long.
+bool aWindowIsFocused(Display *display)
 {
-    for (int waited = 0; waited < PatienceMilliseconds; waited += RestMilliseconds) {
+    for (int waited = 0; waited < timeoutMilliseconds; waited += restMilliseconds) {
         Window window = None;
         int revert;
         XGetInputFocus(display, &window, &revert);
@@ -59,7 +60,7 @@ bool keyboardIsTaken(Display *display)
         if (window > PointerRoot && XGetWindowAttributes(display, window, &attributes) && attributes.width > 1) {
             return true;
         }
-        poll(nullptr, 0, RestMilliseconds);
+        poll(nullptr, 0, restMilliseconds);
     }
     return false;
 }
@@ -76,8 +77,8 @@ int main(int argc, char **argv)
         return 2;
     }
     const KeyCode shift = XKeysymToKeycode(display, XK_Shift_L);
-    if (!keyboardIsTaken(display)) {
-        std::fprintf(stderr, "shift-clock: no program has the keyboard\n");
+    if (!aWindowIsFocused(display)) {
+        std::fprintf(stderr, "shift-clock: no window is focused\n");
         return 1;
     }
     XDamageCreate(display, DefaultRootWindow(display), XDamageReportRawRectangles);
@@ -91,12 +92,12 @@ int main(int argc, char **argv)
         const auto begin = Clock::now();
         XTestFakeKeyEvent(display, shift, True, CurrentTime);
         XFlush(display);
-        const bool seen = drawn(display, damage + XDamageNotify, PatienceMilliseconds);
+        const bool seen = drawn(display, damage + XDamageNotify, timeoutMilliseconds);
         const double swapped = millisecondsSince(begin);
         waitForRest(display, damage + XDamageNotify);
         XTestFakeKeyEvent(display, shift, False, CurrentTime);
         XFlush(display);
-        if (!seen || !drawn(display, damage + XDamageNotify, PatienceMilliseconds)) {
+        if (!seen || !drawn(display, damage + XDamageNotify, timeoutMilliseconds)) {
             std::fprintf(stderr, "shift-clock: nothing was drawn after a press or a release\n");
             return 1;
         }

@@ -1,13 +1,13 @@
-/// Tells when a program's window has come up: starts the program and prints, in milliseconds since the exec, when its
-/// window had been mapped and drawn into, and when it was last drawn into before it came to rest.
+/// Measures how fast a program shows its window. It starts the program and prints two times in milliseconds since the
+/// exec: when the window was mapped and first drawn into, and when it was last drawn into before it came to rest.
 ///
 /// usage: window-clock [--status-line] PROGRAM [ARGUMENT]...
 ///
-/// With --status-line the first of the two is when the tool's window shows the status line of a detection.
+/// With --status-line the first time is when the tool's window shows the status line of a detection.
 ///
-/// One line, "shown rested pid", then it goes on running, and so does the program, until standard input ends; it ends
-/// the program then. The X server itself tells of the mapping and of each drawing (its Damage extension), so nothing is
-/// asked of the program and nothing is polled. At rest means that nothing was drawn for a while, which does not count.
+/// It prints one line, "shown rested pid". Then it waits until its standard input ends, and kills the program. The X
+/// server reports the mapping and each drawing (its Damage extension), so the measurement does not disturb the program.
+/// A window is at rest if nothing is drawn for a while; the times do not include that while.
 #include <X11/extensions/Xdamage.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -27,29 +27,29 @@ namespace
 {
 
 using Clock = std::chrono::steady_clock;
-constexpr int RestMilliseconds = 400;
-constexpr int PatienceMilliseconds = 30000;
+constexpr int restMilliseconds = 400;
+constexpr int timeoutMilliseconds = 30000;
 
 double milliseconds(Clock::duration duration)
 {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-/// A window that was destroyed meanwhile is no error here.
+/// Ignores X errors: a window may have been destroyed meanwhile.
 int ignoreError(Display *, XErrorEvent *)
 {
     return 0;
 }
 
-/// Whether anything is drawn where only a detection's status line is long enough to reach: a part of the label's
-/// frame in the tool's window (ui/WindowLayout.hpp), counted from the top.
+/// Whether the tool's window shows the status line of a detection. It checks a part of the label's frame
+/// (ui/WindowLayout.hpp) that only this text is long enough to reach. Coordinates count from the top.
 bool showsStatusLine(Display *display, Window window)
 {
-    constexpr int X = 270, Y = 193, Width = 60, Height = 22;
-    XImage *image = XGetImage(display, window, X, Y, Width, Height, AllPlanes, ZPixmap);
+    constexpr int left = 270, top = 193, width = 60, height = 22;
+    XImage *image = XGetImage(display, window, left, top, width, height, AllPlanes, ZPixmap);
     bool drawn = false;
-    for (int y = 0; image && y < Height; ++y) {
-        for (int x = 0; x < Width; ++x) {
+    for (int y = 0; image && y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
             drawn = drawn || XGetPixel(image, x, y) != XGetPixel(image, 0, 0);
         }
     }
@@ -59,14 +59,14 @@ bool showsStatusLine(Display *display, Window window)
     return drawn;
 }
 
-/// The part of a resource's number that tells which client made it.
+/// The part of a resource's number that identifies the client that made it.
 XID clientOf(XID resource)
 {
-    constexpr XID ClientBits = 0x1fe00000;
-    return resource & ClientBits;
+    constexpr XID clientBits = 0x1fe00000;
+    return resource & clientBits;
 }
 
-/// The window manager's client part, or 0 when there is none.
+/// The client part of the window manager's resources, or 0 if there is no window manager.
 XID windowManager(Display *display)
 {
     const Atom property = XInternAtom(display, "_NET_SUPPORTING_WM_CHECK", False);
@@ -114,7 +114,7 @@ int main(int argc, char **argv)
     std::optional<Clock::time_point> shown;
     Clock::time_point drawn;
     for (;;) {
-        bool news = false;
+        bool changed = false;
         while (XPending(display)) {
             XEvent event;
             XNextEvent(display, &event);
@@ -122,7 +122,7 @@ int main(int argc, char **argv)
                 event.xcreatewindow.width > 1) {
                 XDamageCreate(display, event.xcreatewindow.window, XDamageReportRawRectangles);
                 XSelectInput(display, event.xcreatewindow.window, StructureNotifyMask);
-                // It may be on the screen already.
+                // The window may be on the screen already.
                 XWindowAttributes attributes;
                 if (XGetWindowAttributes(display, event.xcreatewindow.window, &attributes) &&
                     attributes.map_state == IsViewable) {
@@ -131,17 +131,17 @@ int main(int argc, char **argv)
             } else if (event.type == MapNotify && event.xmap.event == event.xmap.window) {
                 window = event.xmap.window;
             } else if (event.type == damageEvents + XDamageNotify) {
-                news = true;
+                changed = true;
             }
         }
-        if (window && news) {
+        if (window && changed) {
             drawn = Clock::now();
             if (!shown && (!statusLine || showsStatusLine(display, window))) {
                 shown = drawn;
             }
         }
         pollfd connection { ConnectionNumber(display), POLLIN, 0 };
-        if (poll(&connection, 1, shown ? RestMilliseconds : PatienceMilliseconds) == 0) {
+        if (poll(&connection, 1, shown ? restMilliseconds : timeoutMilliseconds) == 0) {
             break;
         }
     }
@@ -150,7 +150,7 @@ int main(int argc, char **argv)
         std::fflush(stdout);
         for (char byte; read(STDIN_FILENO, &byte, 1) > 0;) { }
     } else {
-        std::fprintf(stderr, "window-clock: no such window within %d s\n", PatienceMilliseconds / 1000);
+        std::fprintf(stderr, "window-clock: no such window within %d s\n", timeoutMilliseconds / 1000);
     }
     kill(process, SIGKILL);
     waitpid(process, nullptr, 0);

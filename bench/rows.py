@@ -1,9 +1,9 @@
-"""The measurements of script/bench, made in a practice Mac as root: prints one row a line, as JSON.
+"""Makes the measurements of script/bench in a practice Mac as root. Prints each row as a line of JSON.
 
 usage: rows.py BUILD_FOLDER QUICK     QUICK is 1 for a few runs on small trees, 0 for the full measurement
 
-Each row has what, value, baseline, ratio, unit, runs, baseline_is, and spread (the middle half of the values). Tool and
-baseline are measured in turns, in pairs. Value and baseline are medians; ratio is the median of the pairs' ratios.
+Each row has what, value, baseline, ratio, unit, runs, baseline_is, and spread (the middle half of the values). It measures
+tool and baseline in turns, in pairs. Value and baseline are medians; ratio is the median of the pairs' ratios.
 """
 
 import json
@@ -16,6 +16,7 @@ import statistics
 import subprocess
 import sys
 import time
+from collections.abc import Sequence
 
 BUILD = pathlib.Path(sys.argv[1])
 QUICK = sys.argv[2] == "1"
@@ -28,25 +29,27 @@ POPULATED = BENCH / "PopulatedWindow.app/PopulatedWindow"
 ARM_SLICE = BUILD / "shipped-slice/arm64/shipped/Quorlen 3 Removal Tool.app/Quorlen 3 Removal Tool"
 IDLE_SECONDS = 5 if QUICK else 30
 
+Pairs = Sequence[tuple[float, float]]  # (value, baseline)
 
-def as_ann(*command):
-    """The command line that runs a command as the user."""
+
+def as_ann(*command: object) -> list[str]:
+    """Returns the command line that runs a command as the user."""
     return ["/usr/bin/setpriv", "--reuid", "ann", "--regid", "ann", "--init-groups",
             "/usr/bin/env", "-i", f"HOME={HOME}", "USER=ann", "LOGNAME=ann",
             "PATH=/usr/bin:/bin", "LANG=C.UTF-8", "DISPLAY=:99", *map(str, command)]
 
 
-def output(*command):
+def output(*command: object) -> str:
     """Runs a command as the user and returns its output."""
     return subprocess.run(as_ann(*command), cwd=HOME, check=True, text=True, stdout=subprocess.PIPE).stdout
 
 
-def plant(*options):
+def plant(*options: str) -> None:
     """Installs the product."""
     subprocess.run(["/opt/practice/stage", "plant", "--no-agent", "--no-daemon", *options], check=True)
 
 
-def row(what, pairs, unit, baseline_is, note=""):
+def row(what: str, pairs: Pairs, unit: str, baseline_is: str, note: str = "") -> None:
     """Prints the row of pairs (value, baseline)."""
     values, baselines = [value for value, _ in pairs], [baseline for _, baseline in pairs]
     low, _, high = statistics.quantiles(values, n=4) if len(values) > 1 else values * 3
@@ -56,7 +59,7 @@ def row(what, pairs, unit, baseline_is, note=""):
                       "spread": [low, high], "note": note}), flush=True)
 
 
-def report(what, values, unit, note=""):
+def report(what: str, values: Sequence[float], unit: str, note: str = "") -> None:
     """Prints a row without a baseline."""
     low, _, high = statistics.quantiles(values, n=4) if len(values) > 1 else list(values) * 3
     print(json.dumps({"what": what, "value": statistics.median(values), "baseline": None, "ratio": None, "unit": unit,
@@ -68,36 +71,36 @@ class Running:
     tool, the time at which it showed the status line of the detection. `rested` is the time of the last drawing. Both
     are in milliseconds since the start."""
 
-    def __init__(self, program, detects=True):
+    def __init__(self, program: pathlib.Path, detects: bool = True) -> None:
         until = ["--status-line"] if program in (TOOL, ARM_SLICE) and detects else []
         self.clock = subprocess.Popen(as_ann(BENCH / "window-clock", *until, program), cwd=HOME, text=True,
                                       stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         words = self.clock.stdout.readline().split()
         if len(words) != 3:
-            sys.exit(f"rows: {program} did not show what it should")
+            sys.exit(f"rows: {program} did not show its window or its status line")
         self.shown, self.rested, self.process = float(words[0]), float(words[1]), int(words[2])
 
-    def __enter__(self):
+    def __enter__(self) -> "Running":
         return self
 
-    def __exit__(self, *_):
+    def __exit__(self, *_: object) -> None:
         self.clock.communicate()
 
-    def resident(self):
-        """Its resident memory in MB."""
+    def resident(self) -> float:
+        """Returns its resident memory in MB."""
         return self._field("smaps_rollup", "Rss") / 1024
 
-    def wake_ups(self):
-        """The number of its voluntary context switches."""
+    def wake_ups(self) -> int:
+        """Returns the number of its voluntary context switches."""
         return self._field("status", "voluntary_ctxt_switches")
 
-    def _field(self, file, name):
+    def _field(self, file: str, name: str) -> int:
         text = pathlib.Path(f"/proc/{self.process}/{file}").read_text()
         return int(next(line for line in text.splitlines() if line.startswith(name + ":")).split()[1])
 
 
-def launch_and_memory():
-    """Launches the tool, the bare window and the populated one by turns."""
+def launch_and_memory() -> tuple[tuple[str, Pairs, str, str], ...]:
+    """Launches the tool, the bare window and the populated one in turns. Prints two rows and returns the other rows."""
     plant()
     launches, memory = [], []
     for number in range(4 if QUICK else 31):
@@ -110,7 +113,7 @@ def launch_and_memory():
             launches.append(times)
             memory.append(sizes)
     bare = "a bare window on the same AppKit with the same additions"
-    populated = "the same window with the same views, and nothing of ours behind it"
+    populated = "the same window with the same views, without the tool's code"
     row("launch", [(tool[0], baseline[0]) for tool, baseline, _ in launches], "ms", bare)
     row("memory", [(tool, baseline) for tool, baseline, _ in memory], "MB", bare)
     return (("launch to rest, against the same views", [(tool[1], baseline[1]) for tool, _, baseline in launches], "ms",
@@ -118,8 +121,8 @@ def launch_and_memory():
             ("memory, against the same views", [(tool, baseline) for tool, _, baseline in memory], "MB", populated))
 
 
-def emulated_launch():
-    """Launches the Mac app's Arm slice in the emulator and the tool by turns, if the tests have prepared that slice."""
+def emulated_launch() -> None:
+    """Launches the Mac app's Arm slice in the emulator and the tool in turns, if the tests have prepared that slice."""
     if not ARM_SLICE.exists():
         return
     plant()
@@ -133,7 +136,7 @@ def emulated_launch():
     row("launch of the Arm slice, emulated", pairs, "ms", "the tool's launch", "why its tests take that long")
 
 
-def plant_files(count):
+def plant_files(count: int) -> None:
     """Installs the product with `count` files in its application support folder."""
     plant()
     top = HOME / "Library/Application Support/Quorlen/Data"
@@ -145,15 +148,15 @@ def plant_files(count):
     subprocess.run(["chown", "-R", "ann:ann", top], check=True)
 
 
-def elapsed(*command, **options):
-    """The milliseconds that a command takes."""
+def elapsed(*command: str, **options: object) -> float:
+    """Returns the milliseconds that a command takes."""
     begin = time.perf_counter()
     subprocess.run(command, check=True, stdout=subprocess.DEVNULL, **options)
     return 1000 * (time.perf_counter() - begin)
 
 
-def removals(count, runs):
-    """Pairs of times: a removal of `count` files, without the prompt, and the same script run by root."""
+def removals(count: int, runs: int) -> Pairs:
+    """Returns pairs of times: a removal of `count` files, without the prompt, and the same script run by root."""
     script = output(BENCH / "operations", "script")
     pairs = []
     for _ in range(runs):
@@ -172,24 +175,24 @@ def removals(count, runs):
 prompts = []
 
 
-def exponent(points):
-    """The slope of a straight line through the points' logarithms."""
+def exponent(points: Sequence[tuple[float, float]]) -> float:
+    """Returns the slope of a straight line through the points' logarithms."""
     xs, ys = [math.log(x) for x, _ in points], [math.log(y) for _, y in points]
     return statistics.linear_regression(xs, ys).slope
 
 
-def operation(name, runs):
-    """Pairs that the tool's operation and its baseline printed."""
+def operation(name: str, runs: int) -> Pairs:
+    """Returns the pairs of times of an operation and its baseline, without the first."""
     pairs = [tuple(map(float, line.split())) for line in output(BENCH / "operations", name, runs).splitlines()]
     for path in (HOME / "Desktop").glob("Quorlen-*"):
         path.unlink()
     return pairs[1:]
 
 
-def idle():
-    """Wake-ups a second of the tool and of the bare window at rest."""
+def idle() -> None:
+    """Measures the wake-ups per second of the tool and of the bare window at rest."""
     with Running(TOOL) as tool, Running(BARE) as bare:
-        time.sleep(2)  # the work that follows a launch ends
+        time.sleep(2)  # until the work after a launch ends
         before = tool.wake_ups(), bare.wake_ups()
         time.sleep(IDLE_SECONDS)
         after = tool.wake_ups(), bare.wake_ups()
@@ -197,7 +200,7 @@ def idle():
     row("idle", [tuple(rates)], "wake-ups/s", "the bare window")
 
 
-def shift():
+def shift() -> None:
     """Measures the time from a press of Shift until the other button is on the screen."""
     for path in (pathlib.Path("/Applications/Quorlen.app"), HOME / "Library/Application Support/Quorlen"):
         shutil.rmtree(path, ignore_errors=True)
@@ -209,7 +212,7 @@ def shift():
     row("Shift press to the buttons swapped", pairs, "ms", "a round trip to the X server")
 
 
-def main():
+def main() -> None:
     against_views = launch_and_memory()
     counts = (100, 1000) if QUICK else (1000, 10_000, 100_000)
     of_files = {count: removals(count, 2 if QUICK else 5) for count in counts}
