@@ -1,4 +1,4 @@
-# What the bash scripts of this project share; each sources it before it does anything else:
+# Shared by the bash scripts of this project. Each sources it first:
 #
 #     source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 #
@@ -17,8 +17,8 @@ usage() {
     awk 'NR > 1 && !/^#/ { exit } NR > 1 { sub(/^# ?/, ""); print }' "$calling_script"
 }
 
-# Ends the calling script because of a wrong word on its command line. Call it before anything is done:
-# refuse WHAT-IS-WRONG
+# Ends the calling script because of a wrong word on its command line. Call it before any work:
+# refuse MESSAGE
 refuse() {
     printf '%s: %s; nothing was done. --help shows the usage.\n' "$name" "$1" >&2
     exit 2
@@ -35,7 +35,7 @@ takes_no_words() {
     [[ $# -eq 0 ]] || refuse "unknown word: $1"
 }
 
-# Ends a script that works on Debian only.
+# Ends a script that works only on Debian, if this is another system.
 needs_debian() {
     [[ $(uname) == Linux ]] || fail "this needs Debian 12; nothing was done. On a Mac, script/build makes the app."
 }
