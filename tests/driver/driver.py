@@ -186,6 +186,10 @@ class PracticeMac:
         """The number of the agent's and of the daemon's processes."""
         return self._mac.ask("running")
 
+    def look(self, path: str) -> dict[str, Any] | None:
+        """Kind, mode, owner, target and entries of what is at a path, and whether it is found; None where nothing is."""
+        return self._mac.look(path)
+
     def exists(self, path: str) -> bool:
         """Whether there is anything at a path, a dangling link included."""
         return self._mac.exists(path)
@@ -561,7 +565,12 @@ class Tool:
 
     def close_window(self, window: View | None = None) -> None:
         """Presses the close button at the right end of a window's title bar."""
-        x, y, width, _ = (window or eventually(self.main_window, "the window"))["frame"]
+        number = (window or eventually(self.main_window, "the window"))["x_window"]
+
+        def find() -> View | None:
+            found = self._window(lambda w: w["x_window"] == number)
+            return found and {"on_screen": found["frame"]}
+        x, y, width, _ = self._still(find, "the window")["on_screen"]
         self._click([x + width - 18, y - 17, 14, 14], reaches_tool=False)
         note("Pressed the window's close button")
 
@@ -578,7 +587,7 @@ def run_as_root() -> None:
     """Starts this program again with sudo, unless root runs it."""
     if os.geteuid() != 0:
         kept = "--preserve-env=DISPLAY,XAUTHORITY,QUORLEN_BUILD,QUORLEN_TOOL,QUORLEN_SHARE"
-        os.execvp("sudo", ["sudo", kept, sys.executable, "-ISB", *sys.argv])
+        os.execvp("sudo", ["sudo", kept, sys.executable, *sys.orig_argv[1:]])
 
 
 def end_orderly_when_told() -> None:

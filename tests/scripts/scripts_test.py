@@ -81,7 +81,8 @@ class ScriptsTest(unittest.TestCase):
                 ("script/test", "-R", "x", "no-such-word"), ("script/sanitize", "-L", "x", "--nonsense"),
                 ("script/format", "--check", "more"), ("script/lint", "no/such/file.mm"), ("script/fuzz", "ten"),
                 ("script/fuzz", "10", "no-such-target"), ("script/faults", "1", "none"),
-                ("script/faults", "1", "1", "1")):
+                ("script/faults", "1", "1", "1"), ("script/wander", "10", "--slice", "none"),
+                ("script/wander", "--seed"), ("script/wander", "10", "10")):
             with self.subTest(script, words=words):
                 self.assertEqual(self.run_script(script, *words).returncode, 2)
 
@@ -100,7 +101,8 @@ class ScriptsTest(unittest.TestCase):
 
     def test_what_needs_debian_says_so_on_a_mac_and_does_nothing(self) -> None:
         self.on_a_mac()
-        for script in ("script/run", "script/sanitize", "script/lint", "script/fuzz", "script/faults", ".ci/run"):
+        for script in ("script/run", "script/sanitize", "script/lint", "script/fuzz", "script/faults", "script/wander",
+                       ".ci/run"):
             with self.subTest(script):
                 done = self.run_script(script)
                 self.assertEqual((done.returncode, done.stdout), (1, ""))
