@@ -59,18 +59,6 @@ def journey_second_thoughts_then_refusal_then_removal() -> None:
         judge_clean(mac)
 
 
-def journey_the_administrator_prompt_is_dismissed() -> None:
-    """Ann confirms but dismisses the administrator prompt: nothing is removed, and the backup stays."""
-    with PracticeMac(rights="dismissed") as mac, mac.open_tool() as tool:
-        tool.press("Remove Quorlen 3")
-        tool.answer(CONFIRM, "Remove Quorlen 3")
-        tool.answer(NOT_REMOVED, "OK")
-        tool.rests(DETECTED)
-        tool.logged(*STARTED, *SAVED, *REFUSED, *ALL_FOUND, "License detected.")
-        judge_kept(mac)
-        expect_equal((len(mac.archives()), mac.removal_logs()), (1, []), "archives and log files")
-
-
 def journey_pointer_and_keyboard_alone() -> None:
     """Nothing is loaded into the tool: Ann aims by the window's layout, types Return twice, and the Mac restarts."""
     with PracticeMac() as mac, mac.open_tool(inspected=False) as tool:
@@ -107,26 +95,3 @@ def journey_the_product_vanishes_before_the_click() -> None:
         tool.logged(*NOTHING_FOUND)
         expect_equal(mac.desktop(), [], "the Desktop")
         expect_equal(mac.calls(), [], "calls of the system's tools")
-
-
-def journey_two_removals_in_one_run() -> None:
-    """The product is installed again while the tool is open: a second removal, whose log file tells of both."""
-    with PracticeMac() as mac, mac.open_tool() as tool:
-        remove(tool)
-        tool.rests(NOT_DETECTED)
-        mac.plant()
-        # What the window knows of the disk is old: only a new scan enables the button, and restoring makes one.
-        mac.passes_a_second()
-        restore(tool, "Desktop", *mac.archives())
-        tool.answer("Replace existing license?", "Replace")
-        tool.answer(RESTORED, "OK")
-        tool.rests(DETECTED)
-        remove(tool)
-        tool.rests(NOT_DETECTED)
-
-        judge_gone(mac)
-        expect_equal(len(mac.archives()), 2, "archives")
-        first, second = (removal_log(mac, name) for name in mac.removal_logs())
-        expect(second.startswith(first), "the second log file begins with the first one's lines")
-        expect_equal(second.count(COMPLETED[0]), 2, "removals told in the second log file")
-        expect(second.endswith(COMPLETED[0] + "\n"), "the second log file ends with the completion line")

@@ -107,7 +107,8 @@ class Model:
     def disk(self) -> dict[str, object]:
         """What must be on disk, run and have been called."""
         return {"locations": self.locations, "licence": self.licence, "licence on the Shelf": self.licences["linked"],
-                "archives": self.seen_archives(), "removal logs": self.removal_logs if self.desktop != "full" else [],
+                "other files on the Shelf": ["keep.txt"], "archives": self.seen_archives(),
+                "removal logs": self.removal_logs if self.desktop != "full" else [],
                 "other files on the Desktop": [], "staging folders": sorted(self.staged), "processes": self.processes,
                 "calls": self.calls}
 

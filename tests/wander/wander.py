@@ -2,11 +2,11 @@
 """Makes up sequences of what a person and the world do, takes each on the real tool on a practice Mac, and after every
 step holds its window, its log, the disk and the calls of the system's tools against the model's.
 
-usage: wander.py [--sequences N] [--seconds N] [--seed N]
+usage: wander.py [--steps N] [--seconds N] [--seed N]
 
-It takes N sequences, the same ones for the same seed, and goes on with the next seed for so many seconds. At the first
-difference it looks for a shorter sequence that shows one, prints that, and ends with status 1. QUORLEN_BUILD, QUORLEN_TOOL
-and QUORLEN_SHARE choose what is driven: see driver.py."""
+A seed always gives the same few sequences; it goes on with the next seed until it has taken so many steps, and for so
+many seconds. At the first difference it looks for a shorter sequence that shows one, prints that, and ends with status 1.
+QUORLEN_BUILD, QUORLEN_TOOL and QUORLEN_SHARE choose what is driven: see driver.py."""
 
 import argparse
 import contextlib
@@ -26,6 +26,7 @@ from model import ALL, FILES, MODES, NOT_REMOVED, REMOVED, Model, Step  # noqa: 
 from phrases import zip_of  # noqa: E402
 
 LENGTH = 24  # the most steps of a sequence, after the first
+SEQUENCES = 5  # the most of a seed
 LOOKS = 60  # in a row that show a difference, each answered by the tool and by the Mac, until it is one
 SHRINKING = 240  # seconds in which a shorter sequence is looked for
 
@@ -167,6 +168,7 @@ class Real:
         archives, logs = [] if full else self.mac.archives(), self.mac.removal_logs()
         return {"locations": {number: self.location(path) for number, path in enumerate(self.paths, 1)},
                 "licence": self.licence(LICENCE), "licence on the Shelf": self.licence("Shelf/.licence"),
+                "other files on the Shelf": sorted({*self.mac.listing("Shelf")} - {".licence"}),
                 "archives": [self.archived(name) for name in archives],
                 "removal logs": [self.mac.read(f"Desktop/{name}").decode().splitlines() for name in logs],
                 "other files on the Desktop": [] if full else sorted({*names} - {*archives, *logs, "Shopping.txt"}),
@@ -259,13 +261,13 @@ class Wanderer:
 
 def main() -> int:
     parser = argparse.ArgumentParser(allow_abbrev=False)
-    for option, default in (("--sequences", 10), ("--seconds", 0), ("--seed", 1)):
+    for option, default in (("--steps", 0), ("--seconds", 0), ("--seed", 1)):
         parser.add_argument(option, type=int, default=default)
     options = parser.parse_args()
     driver.run_as_root()
     driver.end_orderly_when_told()
     settings = hypothesis.settings(
-        database=None, deadline=None, max_examples=options.sequences, suppress_health_check=list(hypothesis.HealthCheck),
+        database=None, deadline=None, max_examples=SEQUENCES, suppress_health_check=list(hypothesis.HealthCheck),
         phases=[hypothesis.Phase.generate, hypothesis.Phase.shrink], verbosity=hypothesis.Verbosity.quiet)
     began, seed, steps, sequences, found = time.monotonic(), options.seed, 0, 0, None
     with PracticeMac() as mac:
@@ -277,7 +279,7 @@ def main() -> int:
             except Difference as difference:
                 found = difference
             steps, sequences = steps + wanderer.steps, sequences + wanderer.sequences
-            if found or time.monotonic() - began >= options.seconds:
+            if found or steps >= options.steps and time.monotonic() - began >= options.seconds:
                 break
             seed += 1
         real.end_tool()
