@@ -61,6 +61,9 @@ class Model:
         self.is_open = self.shift = self.detected = False
         self.alert = ""  # its message, or the panel's title
 
+    def take(self, name: str, *arguments: object) -> None:
+        getattr(self, name)(*arguments)
+
     # What can be done
 
     def choices(self) -> list[list[Step]]:
@@ -74,7 +77,7 @@ class Model:
             [("tool_of_the_system", "ditto", mode) for mode in MODES["ditto"]],
             [("desktop_becomes", state) for state in ("normal", "missing", "read-only", "full")]]
         if self.locations[4] == "there" and (self.licence or "file").startswith("file"):
-            world.append([("close_folder",), *([("close_licence",)] if self.licence else [])])
+            world.append([("shut", "folder"), *([("shut", "licence")] if self.licence else [])])
         if not self.is_open:
             return [[("open",)]] * 12 + world
         person: list[list[Step]] = [[("hold_shift", not self.shift)]]
@@ -141,11 +144,10 @@ class Model:
         self.take_away((number,))
         self.locations[number] = kind
 
-    def close_folder(self) -> None:
-        self.folder_is_closed = True
-
-    def close_licence(self) -> None:
-        self.licences["there"] = f"{self.licence}".replace("file", "closed", 1)
+    def shut(self, what: str) -> None:
+        if what == "licence":
+            self.licences["there"] = f"{self.licence}".replace("file", "closed", 1)
+        self.folder_is_closed |= what == "folder"
 
     def rights(self, decision: str) -> None:
         self.decision = decision

@@ -11,6 +11,8 @@ QUORLEN_BUILD, QUORLEN_TOOL and QUORLEN_SHARE choose what is driven: see driver.
 import argparse
 import contextlib
 import io
+import itertools
+import json
 import pathlib
 import sys
 import time
@@ -43,12 +45,8 @@ class Difference(Exception):
 
 
 def agree(seen: object, wanted: object) -> bool:
-    """Whether two values are equal, where a text that is wanted may have a "…" for anything in a line."""
-    if isinstance(wanted, dict) and isinstance(seen, dict):
-        return seen.keys() == wanted.keys() and all(agree(seen[key], wanted[key]) for key in wanted)
-    if isinstance(wanted, (list, tuple)) and isinstance(seen, (list, tuple)):
-        return len(seen) == len(wanted) and all(map(agree, seen, wanted))
-    return matches(seen, wanted) if isinstance(wanted, str) and isinstance(seen, str) else seen == wanted
+    """Whether two values are equal, where a text that is wanted may have a "…" for anything: each has a line of its own."""
+    return matches(*(json.dumps(value, indent=0, ensure_ascii=False, sort_keys=True) for value in (seen, wanted)))
 
 
 class Real:
@@ -92,8 +90,7 @@ class Real:
 
     def strange_files(self) -> list[list[str]]:
         """What became of the files with which no step has to do."""
-        report = self.mac.report()
-        return [report[what] for what in ("lost", "changed", "new_elsewhere")]
+        return list(map(self.mac.report().get, ("lost", "changed", "new_elsewhere")))
 
     # The steps
 
@@ -109,15 +106,11 @@ class Real:
         self.root('rm -rf -- "$2"; ln -s -- "$1" "$2"', f"{self.mac.home}/Shelf" if kind == "linked" else "/nowhere",
                   self.paths[number - 1])
 
-    def close_folder(self) -> None:
-        self.root('chown root "${1%/*}"', LICENCE)
-
-    def close_licence(self) -> None:
-        self.root('chmod 000 "$1"', LICENCE)
+    def shut(self, what: str) -> None:
+        self.root('chown root "${1%/*}"' if what == "folder" else 'chmod 000 "$1"', LICENCE)
 
     def open(self) -> None:
-        tool = self.mac.open_tool()
-        self.tool = tool.__enter__()
+        self.tool = self.mac.open_tool().__enter__()
 
     def hold_shift(self, down: bool) -> None:
         self.mac.xdotool("keydown" if down else "keyup", "Shift_L")
@@ -136,21 +129,20 @@ class Real:
     # What can be seen
 
     def location(self, path: str) -> str:
-        found = self.mac.look(path)
-        if not found or found["kind"] != "link":
-            return "there" if found else "absent"
-        return "linked" if found["found"] else "dangling"
+        match self.mac.look(path):
+            case {"kind": "link", "found": found}:
+                return "linked" if found else "dangling"
+            case found:
+                return "there" if found else "absent"
 
     def licence(self, path: str) -> str | None:
         match self.mac.look(path):
-            case None:
-                return None
-            case {"kind": "link"}:
-                return "link"
+            case {"kind": "file", "mode": mode}:
+                return self.named("closed" if mode == "0" else "file", self.mac.read(path))
             case {"kind": "folder"}:
                 return self.named("folder", self.mac.read(f"{path}/inside.txt"))
-            case {"mode": mode}:
-                return self.named("closed" if mode == "0" else "file", self.mac.read(path))
+            case found:
+                return found and "link"
 
     def archived(self, name: str) -> str:
         with zipfile.ZipFile(io.BytesIO(self.mac.read(f"Desktop/{name}"))) as archive:
@@ -218,7 +210,7 @@ def plans(draw: strategies.DrawFn) -> tuple[Step, ...]:
     model.open()
     for _ in range(LENGTH):
         if step := draw(strategies.sampled_from(draw(strategies.sampled_from([[()], *model.choices()])))):
-            getattr(model, step[0])(*step[1:])
+            model.take(*step)
             plan.append(step)
     return tuple(plan)
 
@@ -245,10 +237,9 @@ class Wanderer:
         self.real.reset()
         self.sequences += 1
         for part in parts:
-            name, *arguments = part[-1]
-            getattr(model, name)(*arguments)
+            model.take(*part[-1])
             try:
-                self.real.take(name, *arguments)
+                self.real.take(*part[-1])
                 self.real.must_be_as(model)
                 part == parts[-1] and expect_equal(self.real.strange_files(), self.real.strange, "lost, changed, new files")
             except (JourneyFailure, PracticeMacError) as failure:
@@ -269,25 +260,21 @@ def main() -> int:
     settings = hypothesis.settings(
         database=None, deadline=None, max_examples=SEQUENCES, suppress_health_check=list(hypothesis.HealthCheck),
         phases=[hypothesis.Phase.generate, hypothesis.Phase.shrink], verbosity=hypothesis.Verbosity.quiet)
-    began, seed, steps, sequences, found = time.monotonic(), options.seed, 0, 0, None
+    began, found = time.monotonic(), 0
     with PracticeMac() as mac:
-        real = Real(mac)
-        while not found:
-            wanderer = Wanderer(real)
+        wanderer = Wanderer(Real(mac))
+        for seed in itertools.count(options.seed):
             try:
                 hypothesis.seed(seed)(settings(hypothesis.given(plans())(lambda plan: wanderer.take(plan))))()
             except Difference as difference:
-                found = difference
-            steps, sequences = steps + wanderer.steps, sequences + wanderer.sequences
-            if found or steps >= options.steps and time.monotonic() - began >= options.seconds:
+                print(f"wander: with seed {seed} the tool and the model differ. The shortest sequence found:\n{difference}")
+                found = 1
+            if found or wanderer.steps >= options.steps and time.monotonic() - began >= options.seconds:
                 break
-            seed += 1
-        real.end_tool()
-    if found:
-        print(f"wander: with seed {seed} the tool and the model differ. The shortest sequence that was found:\n{found}")
-    print(f"wander: seeds {options.seed} to {seed}, {sequences} sequences, {steps} steps without a difference, "
-          f"differences: {int(bool(found))}, {time.monotonic() - began:.0f} s")
-    return int(bool(found))
+        wanderer.real.end_tool()
+    print(f"wander: seeds {options.seed} to {seed}, {wanderer.sequences} sequences, {wanderer.steps} steps that agreed, "
+          f"differences: {found}, {time.monotonic() - began:.0f} s")
+    return found
 
 
 if __name__ == "__main__":
