@@ -1,4 +1,4 @@
-"""The tool as its description has it: what each step of a person or of the world does to the disk, the window, the log
+"""The tool as its description has it: what each step of a user or of the world does to the disk, the window, the log
 and the calls of the system's tools. It knows nothing of how the tool is built.
 
 A step is the name of a method of Model, which is a method of what drives the real tool too, and its arguments."""
@@ -22,13 +22,14 @@ ALERTS = {alert[0]: list(alert) for alert in (
     (NOT_DETECTED, "Cleanup is disabled because no Quorlen 3 files were found in the standard locations.", "OK"),
     (REMOVED, "A restart is recommended to complete cleanup.", "Restart Now", "Restart Later"),
     (NOT_REMOVED, "Please contact Vendrel Support if the problem continues.", "OK"),
-    (REPLACE, "A Quorlen 3 license file already exists on this Mac. Replace it with the selected backup?", "Replace", CANCEL),
+    (REPLACE, "A Quorlen 3 license file already exists on this Mac. Replace it with the selected backup?", "Replace",
+     CANCEL),
     (RESTORED, "The Quorlen 3 license file has been restored.", "OK"),
     (NOT_RESTORED, "The selected backup did not contain a .licence file or could not be restored.", "OK"),
     (PANEL,))}
 
-# The files in Downloads, each with the licence in it. A licence is a kind ("closed" is a file that only root may read) and
-# what is in it.
+# The files in Downloads, each with the licence in it. A licence is a kind ("closed" is a file that only root may read)
+# and what is in it.
 FILES = {"good.zip": "file good", "deep.zip": "file deep", "folder.zip": "folder inside", "link.zip": "link",
          "locked.zip": "closed locked", "like.zip": None, "empty.zip": None, "damaged.zip": None, "text.zip": None}
 
@@ -117,8 +118,9 @@ class Model:
 
     def buttons(self) -> dict[str, tuple[str, str]]:
         reveal = self.shift and not self.detected
-        return {title: ("shown" if shown else "hidden", "enabled" if enabled else "disabled") for title, shown, enabled in (
-            (REMOVE, not reveal, self.remove_enabled), (OVERRIDE, reveal, self.override_enabled))}
+        states = (REMOVE, not reveal, self.remove_enabled), (OVERRIDE, reveal, self.override_enabled)
+        return {title: ("shown" if shown else "hidden", "enabled" if enabled else "disabled")
+                for title, shown, enabled in states}
 
     def window(self) -> dict[str, object]:
         """What the tool must show."""
@@ -160,7 +162,7 @@ class Model:
         if state == "missing":
             self.archives, self.removal_logs = [], []
 
-    # What a person does
+    # What a user does
 
     def open(self) -> None:
         self.is_open = self.override_enabled = True
