@@ -197,8 +197,8 @@ class Model:
         self.alert = ""
 
     def choose(self, folder: str, file: str | int) -> None:
-        name, self.held = (f"{BACKUP}.zip", self.archives[file]) if isinstance(file, int) else (file, FILES[file])
-        self.chosen, self.alert = f"{HOME}/{folder}/{name}", REPLACE
+        self.file, self.alert = file, REPLACE
+        self.chosen = f"{HOME}/{folder}/{BACKUP + '.zip' if isinstance(file, int) else file}"
         if not self.licence:
             self.restore()
 
@@ -278,17 +278,19 @@ class Model:
 
     def restore(self) -> None:
         self.alert = NOT_RESTORED
+        # A backup may be gone by now, with the Desktop.
+        held = (FILES | dict(enumerate(self.seen_archives()))).get(self.file)
         self.log.append(f"Restoring license from: {self.chosen}")
         self.call("ditto", "-x", "-k", self.chosen, f"/tmp/…/{RESTORING}")
         if self.modes["ditto"] in ABSENT:
             self.log.append("License restore skipped: …ditto…")
-        elif self.modes["ditto"] == "real" and self.held:
+        elif self.modes["ditto"] == "real" and held:
             if self.locations[4] == "absent":
                 self.locations[4] = "there"
             # The old licence is removed, then the new one is copied.
-            readable = not self.held.startswith("closed")
+            readable = not held.startswith("closed")
             if writable := self.locations[4] != "dangling" and not self.folder_is_closed:
-                self.licences[self.locations[4]] = self.held if readable else None
+                self.licences[self.locations[4]] = held if readable else None
             if readable and writable:
                 self.alert = RESTORED
             else:
