@@ -222,7 +222,7 @@ def main() -> None:
     prompt = statistics.median(prompts)
     row("removal", of_files[largest], "ms", "the same script run directly by root on an identical tree",
         f"{largest} files; from the confirming press to the completion alert, less {prompt:.0f} ms for the prompt; "
-        f"{more[largest]:.0f} ms more than the floor, and {more[fewest]:.0f} ms more than it with {fewest} files")
+        f"{more[largest]:.0f} ms more than the baseline, and {more[fewest]:.0f} ms more than it with {fewest} files")
     for what in against_views:
         row(*what)
     plant()
@@ -234,7 +234,7 @@ def main() -> None:
     for name in ("backup", "restore"):
         pairs = operation(name, 4 if QUICK else 31)
         fixed = statistics.median(value - baseline for value, baseline in pairs)
-        row(f"a {name}", pairs, "ms", "the archiver run directly on the same file", f"{fixed:.1f} ms above the floor")
+        row(f"a {name}", pairs, "ms", "the archiver run directly on the same file", f"{fixed:.1f} ms above the baseline")
     idle()
     shift()
     emulated_launch()
