@@ -44,6 +44,7 @@ TIMEOUT = 60  # seconds for a condition to come true; far more than any step tak
 POLL_INTERVAL = 0.05  # seconds between two checks of a condition
 BUSY = 1  # seconds without an answer after which the tool counts as busy
 
+CLOCK = "/run/practice/ann/clock"  # the file that stops the tool's clock while it exists
 DEFAULT_BUTTON = "#1E78E6"  # the colour on Debian of the button that Return presses
 
 # GNUstep writes these two lines when it loads the inspector.
@@ -157,6 +158,11 @@ class PracticeMac:
     def put(self, path: str, content: bytes) -> None:
         """Writes a file as the user; the path is absolute or relative to the home."""
         self.run("tee", "--", path, stdin=content)
+
+    def clock_stands(self, stands: bool) -> None:
+        """Stops the clock of the tool, if it was opened with the inspector, at the present second; or lets it go on."""
+        note(f"The clock {'stands' if stands else 'goes on'}.")
+        self.run("bash", "-euc", 'date +%s >"$0"' if stands else 'rm -f "$0"', CLOCK, root=True)
 
     def passes_a_second(self) -> None:
         """Waits for the next second of the clock, so that names made from the clock differ."""
@@ -275,7 +281,8 @@ class Tool:
         self._socket, self.witness = "/run/practice/ann/inspector", "/run/practice/ann/witness"
         variables, arguments = {}, []
         if self._inspected:
-            variables = {"PRACTICE_MAC_INSPECTOR": self._socket, "PRACTICE_MAC_WITNESS": self.witness}
+            variables = {"PRACTICE_MAC_INSPECTOR": self._socket, "PRACTICE_MAC_WITNESS": self.witness,
+                         "PRACTICE_MAC_CLOCK": CLOCK}
             arguments = ["-GSAppKitUserBundles", f'("{INSPECTOR}")']
         self.process = self.mac.open_program(TOOL, *arguments, output=self._errors.fileno(), **variables)
         note("The tool was opened.")

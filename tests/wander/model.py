@@ -55,11 +55,15 @@ class Model:
         self.decision = "granted"
         self.modes = dict.fromkeys(MODES, "real")
         self.desktop = "normal"
-        self.archives: list[str] = []  # on the Desktop, the licence in each
-        self.removal_logs: list[list[str]] = []
-        self.staged: list[str] = []  # the licence in each staging folder that was left
+        # By the second in its name: the licence in each archive on the Desktop, each removal log there, and the licence in
+        # each staging folder that was left.
+        self.archives: dict[int, str] = {}
+        self.removal_logs: dict[int, list[str]] = {}
+        self.staged: dict[int, str] = {}
+        self.unfinished: set[int] = set()  # archives on a full Desktop
+        self.second = 0
         self.calls: list[list[str]] = []
-        self.is_open = self.shift = self.detected = False
+        self.is_open = self.shift = self.detected = self.clock_is_stopped = False
         self.alert = ""  # its message, or the panel's title
 
     def take(self, name: str, *arguments: object) -> None:
@@ -70,6 +74,7 @@ class Model:
     def choices(self) -> list[list[Step]]:
         """The steps that are possible now, in groups; a likelier group comes more than once."""
         world = [
+            *[[("clock_stands", not self.clock_is_stopped)]] * 2,
             [("plant", ALL, True)], [("plant", numbers, licence) for numbers in SOME for licence in (True, False)],
             [("take_away", numbers) for numbers in SOME],
             [("link", number, kind) for number in (1, 4, 4, 4, 6, 8, 11) for kind in ("linked", "dangling")],
@@ -106,15 +111,15 @@ class Model:
 
     def seen_archives(self) -> list[str]:
         """A full Desktop is another disk, which covers what is on the Desktop."""
-        return self.archives if self.desktop != "full" else []
+        return list(self.archives.values()) if self.desktop != "full" else []
 
     def disk(self) -> dict[str, object]:
         """What must be on disk, run and have been called."""
         return {"locations": self.locations, "licence": self.licence, "licence on the Shelf": self.licences["linked"],
                 "other files on the Shelf": ["keep.txt"], "archives": self.seen_archives(),
-                "removal logs": self.removal_logs if self.desktop != "full" else [],
-                "other files on the Desktop": [], "staging folders": sorted(self.staged), "processes": self.processes,
-                "calls": self.calls}
+                "removal logs": list(self.removal_logs.values()) if self.desktop != "full" else [],
+                "other files on the Desktop": [], "staging folders": sorted(self.staged.values()),
+                "processes": self.processes, "calls": self.calls}
 
     def buttons(self) -> dict[str, tuple[str, str]]:
         reveal = self.shift and not self.detected
@@ -159,8 +164,13 @@ class Model:
 
     def desktop_becomes(self, state: str) -> None:
         self.desktop = state
+        self.unfinished.clear()
         if state == "missing":
-            self.archives, self.removal_logs = [], []
+            self.archives, self.removal_logs = {}, {}
+
+    def clock_stands(self, stands: bool) -> None:
+        self.clock_is_stopped = stands
+        self.second += 1
 
     # What a user does
 
@@ -257,24 +267,35 @@ class Model:
             self.take_away(ALL)
             self.log += COMPLETED
             if self.desktop == "normal":
-                self.removal_logs.append(list(self.log))
+                self.removal_logs[self.stamp()] = list(self.log)
+
+    def stamp(self) -> int:
+        """The second for a name: another one each time, unless the clock stands."""
+        self.second += not self.clock_is_stopped
+        return self.second
 
     def back_up(self) -> None:
         if not self.licence:
             self.log.append("No license file found to back up.")
             return
-        readable = not self.licence.startswith("closed")
-        archive = f"{HOME}/Desktop/{BACKUP}.zip"
+        archive, stamp = f"{HOME}/Desktop/{BACKUP}.zip", self.stamp()
+        # What an earlier backup of this second staged is not replaced.
+        if self.staged.get(stamp, "nothing") == "nothing":
+            self.staged[stamp] = "nothing" if self.licence.startswith("closed") else self.licence
         self.log.append("License detected.")
         self.call("ditto", "-c", "-k", "--sequesterRsrc", "--keepParent", f"/tmp/…/{BACKUP}/.licence", archive)
         if self.modes["ditto"] in ABSENT:
             self.log.append("License backup skipped: …ditto…")
-            self.staged.append(self.licence if readable else "nothing")
-        elif self.modes["ditto"] == "real" and readable and self.desktop == "normal":
-            self.log.append(f"License backup created: {archive}")
-            self.archives.append(self.licence)
-        else:
-            self.log.append("License backup was not created.")
+            return
+        staged, earlier = self.staged.pop(stamp), self.archives if self.desktop != "full" else self.unfinished
+        created = self.modes["ditto"] == "silent" and stamp in earlier
+        if self.modes["ditto"] == "real" and staged != "nothing":
+            # An archive of this second can be written again even on a Desktop that is read-only.
+            if created := self.desktop == "normal" or (self.desktop == "read-only" and stamp in self.archives):
+                self.archives[stamp] = staged
+            elif self.desktop == "full":
+                self.unfinished.add(stamp)
+        self.log.append(f"License backup created: {archive}" if created else "License backup was not created.")
 
     def restore(self) -> None:
         self.alert = NOT_RESTORED

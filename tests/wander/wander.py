@@ -72,6 +72,7 @@ class Real:
         self.hold_shift(False)
         self.mac.desktop_becomes("normal")
         self.mac.rights("granted")
+        self.mac.clock_stands(False)
         for tool in MODES:
             self.mac.tool_of_the_system(tool, "real")
         self.root('rm -rf "$@" Shelf Desktop/* /tmp/*/Quorlen-License-*; mkdir Shelf; echo kept >Shelf/keep.txt'
@@ -116,8 +117,16 @@ class Real:
     def hold_shift(self, down: bool) -> None:
         self.mac.xdotool("keydown" if down else "keyup", "Shift_L")
 
-    def press(self, title: str) -> None:
+    def clock_stands(self, stands: bool) -> None:
+        self.wait_for_another_second()
+        self.mac.clock_stands(stands)
+        self.stamped = int(time.time())
+
+    def wait_for_another_second(self) -> None:
         eventually(lambda: int(time.time()) != self.stamped, "another second, so that names made from the clock differ")
+
+    def press(self, title: str) -> None:
+        self.wait_for_another_second()
         self.tool.press(title)
 
     def close(self) -> None:

@@ -1,6 +1,6 @@
 // The inspector lets a test see what a user sees. GNUstep loads this bundle into an application when its defaults name
 // it under GSAppKitUserBundles. The bundle then answers each connection to the Unix socket that the environment names
-// with a snapshot. It only looks: the application behaves as it does without it.
+// with a snapshot. It only looks: the application behaves as it does without it, unless a test stops its clock.
 #include "Snapshot.hpp"
 
 #import <AppKit/AppKit.h>
