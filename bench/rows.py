@@ -2,8 +2,8 @@
 
 usage: rows.py BUILD_FOLDER QUICK     QUICK is 1 for a few runs on small trees, 0 for the full measurement
 
-Each row has what, value, baseline, ratio, unit, runs, baseline_is, and spread (the middle half of the values). It measures
-tool and baseline in turns, in pairs. Value and baseline are medians; ratio is the median of the pairs' ratios.
+Each row has what, value, baseline, ratio, unit, runs, baseline_is, and spread (the middle half of the values). It
+measures tool and baseline in turns, in pairs. Value and baseline are medians; ratio is the median of the pairs' ratios.
 """
 
 import json
@@ -234,7 +234,8 @@ def main() -> None:
     for name in ("backup", "restore"):
         pairs = operation(name, 4 if QUICK else 31)
         fixed = statistics.median(value - baseline for value, baseline in pairs)
-        row(f"a {name}", pairs, "ms", "the archiver run directly on the same file", f"{fixed:.1f} ms above the baseline")
+        row(f"a {name}", pairs, "ms", "the archiver run directly on the same file",
+            f"{fixed:.1f} ms above the baseline")
     idle()
     shift()
     emulated_launch()

@@ -28,7 +28,8 @@ def environment(user: pwd.struct_passwd, display: str) -> dict[str, str]:
 def supervise(client: socket.socket, descriptors: list[int], ann: pwd.struct_passwd, display: str,
               command: list[str], root: bool, variables: dict[str, str]) -> None:
     """Runs a program with the client's three descriptors as its streams, and sends the client the exit status.
-    Each byte from the client is the number of a signal for the program. The program is killed if the client disconnects.
+    Each byte from the client is the number of a signal for the program. The program is killed if the client
+    disconnects.
 
     This process stays the program's parent: pkexec refuses to run as launchd's child. polkit assigns a request to the
     program or, if the program is pkexec, to this parent, so an agent is registered for both."""

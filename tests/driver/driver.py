@@ -86,6 +86,11 @@ def matches(text: str, pattern: str) -> bool:
     return re.fullmatch("[^\n]*".join(map(re.escape, pattern.split("…"))), text) is not None
 
 
+def state_of(button: View) -> tuple[str, str]:
+    """What a user sees of a button: "shown" or "hidden", and "enabled" or "disabled"."""
+    return "shown" if button["visible"] else "hidden", "enabled" if button["enabled"] else "disabled"
+
+
 def eventually(condition: Callable[[], Any], what: str) -> Any:
     """Waits until `condition()` is true and returns its value; `what` states the condition."""
     deadline = time.monotonic() + TIMEOUT
@@ -193,7 +198,7 @@ class PracticeMac:
         return self._mac.ask("running")
 
     def look(self, path: str) -> dict[str, Any] | None:
-        """Kind, mode, owner, target and entries of what is at a path, and whether it is found; None where nothing is."""
+        """Kind, mode, owner, target and entries of what is at a path, and whether it is found; None if nothing is."""
         return self._mac.look(path)
 
     def exists(self, path: str) -> bool:
@@ -377,7 +382,7 @@ class Tool:
         def state(title: str) -> tuple[str, str]:
             found = self.button(title, window)
             expect(found, f"the window has a button {title!r}")
-            return ("shown" if found["visible"] else "hidden", "enabled" if found["enabled"] else "disabled")
+            return state_of(found)
         return {title: state(title) for title in ("Remove Quorlen 3", "Override Cleanup")}
 
     def has_buttons(self, wanted: dict[str, tuple[str, str]]) -> None:

@@ -100,9 +100,11 @@ def report(options: argparse.Namespace) -> None:
     noticed = try_all(mutants, compiler, may_survive, options.jobs or len(os.sched_getaffinity(0)))
 
     problems = [f"survived: {name}" for name, by in noticed.items() if not by and name not in may_survive]
-    problems += [f"explained, but noticed by {by}: {name}" for name, by in noticed.items() if by and name in may_survive]
+    problems += [f"explained, but noticed by {by}: {name}" for name, by in noticed.items()
+                 if by and name in may_survive]
     problems += [f"explained, but no mutant: {name}" for name in may_survive - {mutant.name for mutant in everything}]
-    counts = collections.Counter("compiler" if by == trials.COMPILER else "test" if by else "" for by in noticed.values())
+    counts = collections.Counter("compiler" if by == trials.COMPILER else "test" if by else ""
+                                 for by in noticed.values())
     print(f"mutants: {len(noticed)} of {len(everything)} tried; noticed by the compiler {counts['compiler']}, "
           f"by a test {counts['test']}, by nothing {counts['']}.")
     if problems:

@@ -231,7 +231,8 @@ class Source:
         elif token.kind == TokenKind.LITERAL and text.isdigit():
             for number in (int(text) + 1, int(text) - 1):
                 self.change("number", start, end, str(number).encode())
-        elif token.kind == TokenKind.LITERAL and (quoted := re.fullmatch(rb"(\w*R\"\(|\w*\")(.*?)(\)\"|\")", text, re.S)):
+        elif token.kind == TokenKind.LITERAL and (
+                quoted := re.fullmatch(rb"(\w*R\"\(|\w*\")(.*?)(\)\"|\")", text, re.S)):
             for changed in letters_changed(quoted[2]):
                 self.change("text", start, end, quoted[1] + changed + quoted[3])
         elif token.kind == TokenKind.LITERAL and (quoted := re.fullmatch(rb"(\w*')(.+)'", text)):

@@ -94,7 +94,8 @@ class Compiler:
         for output in sorted(self.users[file]):
             source = changed if self.sources[output] == file else ROOT / self.sources[output]
             objects[output] = str(folder / f"{len(objects)}.o")
-            command = [self.commands[output][0], f"-I{folder}", *self.options(output), "-o", objects[output], "-c", source]
+            command = [self.commands[output][0], f"-I{folder}", *self.options(output), "-o", objects[output], "-c",
+                       source]
             if subprocess.run(command, cwd=BUILD, stderr=subprocess.DEVNULL, check=False).returncode != 0:
                 return None
         return objects
@@ -259,8 +260,9 @@ class Worker:
         tool, = BUILD.glob("*.app/*Tool")
         changed = self.compiler.link(tool, objects, self.folder)
         assert changed
-        noticed = subprocess.run(["ctest", "--test-dir", BUILD, "-R", f"^{re.escape(JOURNEY)}$", "--no-tests=error"],
-                                 env=os.environ | {"QUORLEN_TOOL": str(changed)}, stdout=subprocess.DEVNULL, check=False)
+        journey = ["ctest", "--test-dir", BUILD, "-R", f"^{re.escape(JOURNEY)}$", "--no-tests=error"]
+        environment = os.environ | {"QUORLEN_TOOL": str(changed)}
+        noticed = subprocess.run(journey, env=environment, stdout=subprocess.DEVNULL, check=False)
         return JOURNEY if noticed.returncode else ""
 
     def trial_of_property_list(self, mutants: list[Mutant]) -> str:
@@ -274,6 +276,7 @@ class Worker:
         (contents / "Info.plist").write_text(text.replace("@PRODUCT_NAME@", name))
         for icon in (BUILD / "pictures").glob("*.icns"):
             shutil.copy(icon, contents / "Resources")
-        noticed = subprocess.run([sys.executable, "-B", ROOT / "tests/macos/bundle_test.py", "BundleTest.test_information"],
-                                 env=os.environ | {"PACKAGES": str(self.folder)}, stderr=subprocess.DEVNULL, check=False)
+        test = [sys.executable, "-B", ROOT / "tests/macos/bundle_test.py", "BundleTest.test_information"]
+        environment = os.environ | {"PACKAGES": str(self.folder)}
+        noticed = subprocess.run(test, env=environment, stderr=subprocess.DEVNULL, check=False)
         return "macos.bundle: test_information" if noticed.returncode else ""

@@ -4,8 +4,8 @@ and the calls of the system's tools. It knows nothing of how the tool is built.
 A step is the name of a method of Model, which is a method of what drives the real tool too, and its arguments."""
 
 from phrases import (
-    CLEANUP_CALLS, COMPLETED, CONFIRM, CONFIRM_OVERRIDE, NOT_DETECTED, NOT_REMOVED, NOT_RESTORED, NOTHING_FOUND, REMOVED,
-    RESTORED, STARTED)
+    CLEANUP_CALLS, COMPLETED, CONFIRM, CONFIRM_OVERRIDE, NOT_DETECTED, NOT_REMOVED, NOT_RESTORED, NOTHING_FOUND,
+    REMOVED, RESTORED, STARTED)
 
 HOME = "/Users/ann"
 LICENCE_PATH = f"{HOME}/Library/Application Support/Quorlen/.licence"
@@ -17,8 +17,8 @@ REMOVE, OVERRIDE, RESTORE, SUPPORT, CANCEL = "Remove Quorlen 3", "Override Clean
 # Message, informative text, then the buttons in their order.
 ALERTS = {alert[0]: list(alert) for alert in (
     (CONFIRM, "This tool removes Quorlen 3 and related support files from this Mac.", REMOVE, CANCEL),
-    (CONFIRM_OVERRIDE, "Quorlen 3 was not detected in the standard locations. Continue only if Vendrel Support directed "
-     "you to run cleanup.", "Run Cleanup", CANCEL),
+    (CONFIRM_OVERRIDE, "Quorlen 3 was not detected in the standard locations. Continue only if Vendrel Support "
+     "directed you to run cleanup.", "Run Cleanup", CANCEL),
     (NOT_DETECTED, "Cleanup is disabled because no Quorlen 3 files were found in the standard locations.", "OK"),
     (REMOVED, "A restart is recommended to complete cleanup.", "Restart Now", "Restart Later"),
     (NOT_REMOVED, "Please contact Vendrel Support if the problem continues.", "OK"),
@@ -48,15 +48,16 @@ class Model:
 
     def __init__(self) -> None:
         self.locations = dict.fromkeys(ALL, "there")  # or "absent", "dangling" or "linked": to the user's own Shelf
-        self.licences: dict[str, str | None] = {"there": "file planted 1", "linked": None}  # in location 4, by its state
+        # In location 4, by its state.
+        self.licences: dict[str, str | None] = {"there": "file planted 1", "linked": None}
         self.planted = 1
         self.folder_is_closed = False  # to the user: location 4
         self.processes = {"agent": 1, "daemon": 1}
         self.decision = "granted"
         self.modes = dict.fromkeys(MODES, "real")
         self.desktop = "normal"
-        # By the second in its name: the licence in each archive on the Desktop, each removal log there, and the licence in
-        # each staging folder that was left.
+        # By the second in its name: the licence in each archive on the Desktop, each removal log there, and the licence
+        # in each staging folder that was left.
         self.archives: dict[int, str] = {}
         self.removal_logs: dict[int, list[str]] = {}
         self.staged: dict[int, str] = {}

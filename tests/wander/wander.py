@@ -5,7 +5,8 @@ step holds its window, its log, the disk and the calls of the system's tools aga
 usage: wander.py [--steps N] [--seconds N] [--seed N]
 
 A seed always gives the same few sequences; it goes on with the next seed until it has taken so many steps, and for so
-many seconds. At the first difference it looks for a shorter sequence that shows one, prints that, and ends with status 1.
+many seconds. At the first difference it looks for a shorter sequence that shows one, prints that, and ends with
+status 1.
 QUORLEN_BUILD, QUORLEN_TOOL and QUORLEN_SHARE choose what is driven: see driver.py."""
 
 import argparse
@@ -23,7 +24,8 @@ from hypothesis import strategies
 
 sys.path[:0] = [str(pathlib.Path(__file__).resolve().parents[1] / folder) for folder in ("driver", "wander")]
 import driver  # noqa: E402
-from driver import LICENCE, JourneyFailure, PracticeMac, PracticeMacError, eventually, expect_equal, matches  # noqa: E402
+from driver import (  # noqa: E402
+    LICENCE, JourneyFailure, PracticeMac, PracticeMacError, eventually, expect_equal, matches)
 from model import ALL, FILES, MODES, NOT_REMOVED, REMOVED, Model, Step  # noqa: E402
 from phrases import zip_of  # noqa: E402
 
@@ -184,13 +186,14 @@ class Real:
         modal = next((window for window in windows if window["modal"]), None)
         main = list(self.tool.views(next((w for w in windows if w["title"] == driver.NAME and w != modal), None)))
         front = sorted(self.tool.views(modal), key=lambda view: -view["on_screen"][0])
-        alert = [" ".join(view["text"].split()) for view in self.tool.views(modal) if view.get("label") and view["text"]]
+        alert = [" ".join(view["text"].split()) for view in self.tool.views(modal)
+                 if view.get("label") and view["text"]]
         alert += [view["text"] for view in front if view.get("action") == "buttonAction:" and view["visible"]]
         return {"status": next((view["text"] for view in main if view["in_window"] == [36, 215, 488, 22]), None),
                 "log": next((view["text"] for view in main if view["class"] == "NSTextView"), "").splitlines(),
                 "alert": [modal["title"]] if any(view.get("action") == "ok:" for view in front) else alert,
-                **{view["text"]: ("shown" if view["visible"] else "hidden", "enabled" if view["enabled"] else "disabled")
-                   for view in main if view.get("action", "").endswith(("emoveQuorlen3:", "restoreLicense:"))}}
+                **{view["text"]: driver.state_of(view) for view in main
+                   if view.get("action", "").endswith(("emoveQuorlen3:", "restoreLicense:"))}}
 
     def must_be_as(self, model: Model) -> None:
         """Waits until all is as the model has it."""
@@ -215,7 +218,8 @@ class Real:
 
 @strategies.composite
 def plans(draw: strategies.DrawFn) -> tuple[Step, ...]:
-    """Steps that are possible one after the other. Each is drawn in the same way, and may be none, so that it shrinks."""
+    """Steps that are possible one after the other. Each is drawn in the same way, and may be none, so that a plan
+    shrinks."""
     model, plan = Model(), [("open",)]
     model.open()
     for _ in range(LENGTH):
@@ -283,8 +287,8 @@ def main() -> int:
             if found or wanderer.steps >= options.steps and time.monotonic() - began >= options.seconds:
                 break
         wanderer.real.end_tool()
-    print(f"wander: seeds {options.seed} to {seed}, {wanderer.sequences} sequences, {wanderer.steps} steps that agreed, "
-          f"differences: {found}, {time.monotonic() - began:.0f} s")
+    print(f"wander: seeds {options.seed} to {seed}, {wanderer.sequences} sequences, {wanderer.steps} steps that agreed,"
+          f" differences: {found}, {time.monotonic() - began:.0f} s")
     return found
 
 
