@@ -1,24 +1,26 @@
 """Builds mutants in their own folders and runs the tests on them, on practice Macs that stay up between tests."""
 
+import contextlib
 import json
 import os
 import pathlib
 import re
 import shlex
 import shutil
-import signal
 import subprocess
 import sys
+import tempfile
 
 import rules
 from rules import ROOT, Mutant
 
+sys.path.insert(0, str(ROOT / "practice-mac"))
+from practice_mac.machine import Mac, PracticeMacError  # noqa: E402
+
 BUILD = ROOT / "build/linux"
 SCRATCH = ROOT / "build/mutants"
-PRACTICE_MAC = ROOT / "practice-mac/practice-mac"
 COMPILER = "the compiler"
 JOURNEY = "journey.window.first_look"
-ANY_MAC = ("--locations", "none")  # the practice Mac's options for most programs
 LIMIT = 120  # seconds, for one run of a program; far more than any needs
 # Standard headers that the product's files include. With these and the platform's read beforehand, compiling is quick.
 STANDARD_HEADERS = ("array", "charconv", "limits", "memory", "string", "string_view", "utility", "vector")
@@ -130,12 +132,11 @@ class Compiler:
 class Program:
     """A GoogleTest program of one of the product's folders."""
 
-    def __init__(self, name: str, path: pathlib.Path, start: tuple[str, ...], plain: bool) -> None:
+    def __init__(self, name: str, path: pathlib.Path, plain: bool) -> None:
         self.name = name
         self.path = path
         self.plain = plain  # CTest starts it without a practice Mac, because it has no window
         self.folder = path.relative_to(BUILD / "tests").parts[0]
-        self.start = start  # its practice Mac's options
         self.times: dict[str, int] = {}  # test -> milliseconds, once known
         self.noticed: dict[str, list[str]] = {}  # function -> the tests that noticed its mutants
 
@@ -156,39 +157,14 @@ class Program:
 
 
 def programs() -> list[Program]:
-    """Returns the test programs of the product's folders, as CTest starts them."""
+    """Returns the test programs of the product's folders."""
     found = []
     for test in json.loads(output_of("ctest", "--show-only=json-v1"))["tests"]:
         words = test.get("command", [])
         path = pathlib.Path(words[-1]) if words else ROOT
         if path.is_relative_to(BUILD / "tests") and path.relative_to(BUILD / "tests").parts[0] in rules.PRODUCT_FOLDERS:
-            # "practice-mac try OPTION... -- PROGRAM", or the program alone.
-            start = words[words.index("try") + 1:-2] if len(words) > 1 else []
-            found.append(Program(test["name"], path, tuple(start) or ANY_MAC, plain=len(words) == 1))
+            found.append(Program(test["name"], path, plain=len(words) == 1))
     return found
-
-
-class Mac:
-    """A practice Mac."""
-
-    def __init__(self, options: tuple[str, ...]) -> None:
-        self.seat = output_of(PRACTICE_MAC, "start", "--until", str(os.getpid()), *options).strip()
-
-    def run(self, *command: str | pathlib.Path) -> tuple[int | None, str]:
-        """Runs a command. Returns its status (None if it had to be killed) and its output."""
-        with subprocess.Popen([PRACTICE_MAC, "run", self.seat, "--", *command], start_new_session=True,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as process:
-            try:
-                output, _ = process.communicate(timeout=LIMIT)
-                return process.returncode, output.decode(errors="replace")
-            except subprocess.TimeoutExpired:
-                os.killpg(process.pid, signal.SIGKILL)
-                output, _ = process.communicate()
-                return None, output.decode(errors="replace")
-
-    def stop(self) -> None:
-        """Stops it and deletes its disk."""
-        output_of(PRACTICE_MAC, "stop", self.seat)
 
 
 class Worker:
@@ -198,12 +174,27 @@ class Worker:
         self.folder = SCRATCH / str(number)
         self.compiler = compiler
         self.programs = all_programs
-        self.macs: dict[tuple[str, ...], Mac] = {}
+        self.mac: Mac | None = None  # as the room tests need it; it stays up between tests
 
     def stop(self) -> None:
-        """Stops its practice Macs."""
-        for mac in self.macs.values():
-            mac.stop()
+        """Stops its practice Mac."""
+        if self.mac:
+            self.mac.stop()
+            self.mac = None
+
+    def run(self, program: pathlib.Path, words: str, *options: str) -> tuple[int | None, str]:
+        """Runs the tests of a program that match a filter. Returns its output and its status: None if it did not end."""
+        self.mac = self.mac or Mac.start(locations="none", until=os.getpid())
+        with tempfile.TemporaryFile() as output, open(os.devnull, "rb") as nothing:
+            streams = nothing.fileno(), output.fileno(), output.fileno()
+            status = None
+            with contextlib.suppress(PracticeMacError):  # the Mac has ended
+                running = self.mac.open_program([program, f"--gtest_filter={words}", *options], *streams)
+                status = running.wait(LIMIT)
+                if status is None:
+                    running.kill()
+            output.seek(0)
+            return status, output.read().decode(errors="replace")
 
     def trial(self, mutants: list[Mutant]) -> str:
         """Builds mutants of one file together and runs the tests. Returns the first test that fails, or nothing."""
@@ -215,8 +206,7 @@ class Worker:
         if objects is None:
             return COMPILER
         folder = mutants[0].file.partition("/")[0]
-        for program in sorted(self.programs, key=lambda program: (program.folder != folder, not program.plain,
-                                                                  program.start != ANY_MAC)):
+        for program in sorted(self.programs, key=lambda program: (program.folder != folder, not program.plain)):
             changed = self.compiler.link(program.path, objects, self.folder)
             if changed and (test := self.noticing_test(program, changed, f"{mutants[0].file} {mutants[0].function}")):
                 return f"{program.name}: {test}"
@@ -229,11 +219,10 @@ class Worker:
             if test is None:
                 return None
             # An earlier mutant may have damaged the Mac. If it did not, the unchanged program passes.
-            mac = self.mac(program)
-            healthy = not hung and mac.run(program.path, f"--gtest_filter={test}")[0] == 0
+            healthy = not hung and self.run(program.path, test)[0] == 0
             if not healthy:
-                self.macs.pop(program.start).stop()
-            if healthy or (hung and self.mac(program).run(program.path, f"--gtest_filter={test}")[0] == 0):
+                self.stop()
+            if healthy or (hung and self.run(program.path, test)[0] == 0):
                 program.noticed.setdefault(function, []).append(test)
                 return f"{test} (did not end)" if hung else test
             if again:
@@ -241,19 +230,14 @@ class Worker:
         return None
 
     def failing_test(self, program: Program, changed: pathlib.Path, function: str) -> tuple[str | None, bool]:
-        """Returns the first test that fails with a changed program, and whether it had to be killed."""
+        """Returns the first test that fails with a changed program, and whether it did not end."""
         for words in program.filters(function):
             if words:
-                status, output = self.mac(program).run(changed, "--gtest_fail_fast", f"--gtest_filter={words}")
+                status, output = self.run(changed, words, "--gtest_fail_fast")
                 failed = program.learn(output)
                 if status != 0:
                     return failed or "the program's start", status is None
         return None, False
-
-    def mac(self, program: Program) -> Mac:
-        if program.start not in self.macs:
-            self.macs[program.start] = Mac(program.start)
-        return self.macs[program.start]
 
     def trial_of_tool(self, objects: dict[str, str]) -> str:
         """Runs a journey with the tool itself, after all other tests."""
