@@ -8,22 +8,25 @@ that the design withstands must fail. An attack that it cannot withstand must su
 QUORLEN_BUILD is the build folder (build/linux).
 """
 
+import json
 import os
-import pathlib
+import shutil
 import signal
 import subprocess
 import sys
-from collections.abc import Callable
+import unittest
+from pathlib import Path
 
-sys.path.insert(0, str(pathlib.Path(__file__).parent))
+sys.path.insert(0, str(Path(__file__).parent))
 import scene  # noqa: E402
-from scene import HOME, as_ann  # noqa: E402
+from scene import HOME  # noqa: E402
 
-FOREIGN = pathlib.Path("/srv/foreign")  # a folder of root's, with nothing of the product
-MARK = FOREIGN / "mark"                 # a file that an attack leaves if it runs something as root
-BAIT = HOME / "bait"                    # the attacker's files
-LOGS = HOME / "Library/Logs/Quorlen"    # the last of the locations
-SWAPS = 2000                            # folders that an attacker swaps while they are deleted
+FOREIGN = Path("/srv/foreign")             # a folder of root's
+ROOTS = {"precious/file", "Quorlen/file"}  # its files; one is in a folder with the name of a location
+MARK = FOREIGN / "mark"                    # a file that an attack leaves if it runs something as root
+BAIT = HOME / "bait"                       # the attacker's files
+LOGS = HOME / "Library/Logs/Quorlen"       # the last of the locations
+SWAPS = 2000                               # folders that an attacker swaps while they are deleted
 
 # Replaces each folder by a link and back, repeatedly. Prints the number of swaps after the first folder was deleted.
 SWAPPER = """
@@ -47,164 +50,144 @@ while len(gone) < int(sys.argv[2]):
 """
 
 
-def root_tree() -> None:
-    """Makes root's folder again, with entries that have the product's names and entries that do not."""
-    subprocess.run(["rm", "-rf", FOREIGN, BAIT], check=True)
-    for name in ("precious/file", "Quorlen/file"):
-        path = FOREIGN / name
-        path.parent.mkdir(parents=True)
-        path.write_text("root's\n")
-    FOREIGN.chmod(0o755)
-
-
 def shell_of_ann(script: str) -> None:
     """Runs a shell script as the user in the user's home."""
-    subprocess.run(as_ann("/bin/sh", "-euc", script), cwd=HOME, check=True, timeout=scene.TIMEOUT)
+    subprocess.run(scene.as_ann("/bin/sh", "-euc", script), cwd=HOME, check=True, timeout=scene.TIMEOUT)
 
 
-def removed(folder: pathlib.Path = HOME, **environment: object) -> bool:
-    """Makes a removal in the attacker's environment. Returns whether it succeeded and removed all locations."""
-    return ended_well(scene.start_operation("Removal", folder=folder, **environment))
+def write_as_root(*files: str) -> None:
+    """Writes files below root's folder."""
+    for path in map(FOREIGN.joinpath, files):
+        path.parent.mkdir(parents=True)
+        path.write_text("root's\n")
 
 
-def ended_well(process: subprocess.Popen) -> bool:
-    """Returns whether a removal succeeded and removed all locations."""
-    status, output = scene.finished(process)
-    if status:
-        print(output)
-    return status == 0 and not LOGS.exists() and not pathlib.Path("/Applications/Quorlen.app").exists()
+def bait_programs(*names: str) -> None:
+    """Makes programs of the attacker that leave the mark if they run as root."""
+    shell_of_ann(f"mkdir {BAIT}; cd {BAIT}; "
+                 f"for name in {' '.join(names)}; do printf '#!/bin/sh\\n: > {MARK}\\n' > $name; chmod 755 $name; done")
 
 
-def untouched() -> bool:
-    """Returns whether root's folder still has all its entries and no mark."""
-    return (FOREIGN / "precious/file").exists() and (FOREIGN / "Quorlen/file").exists() and not MARK.exists()
+def start_removal(folder: Path = HOME, **environment: object) -> subprocess.Popen:
+    """Starts a removal in the attacker's environment."""
+    return subprocess.Popen(scene.operation("Removal", **environment), cwd=folder, text=True, stdout=subprocess.PIPE,
+                            stderr=subprocess.STDOUT)
 
 
-def bait_program(name: str) -> None:
-    """Makes a program of the attacker that leaves the mark if it runs as root."""
-    shell_of_ann(f"mkdir -p {BAIT}; cd {BAIT}; printf '#!/bin/sh\\n: > {MARK}\\n' > {name}; chmod 755 {name}")
-
-
-def a_location_is_a_link() -> bool:
-    """A location is a link to another user's folder: the link is removed, the folder stays."""
-    shell_of_ann(f"rm -rf Library/Logs/Quorlen; ln -s {FOREIGN}/precious Library/Logs/Quorlen")
-    return removed() and untouched() and not LOGS.is_symlink()
-
-
-def an_entry_below_a_location_is_a_link() -> bool:
-    """There are links to another user's folder below a location: they are removed, the folder stays."""
-    shell_of_ann(f"mkdir -p Library/Logs/Quorlen/deep; ln -s {FOREIGN} Library/Logs/Quorlen/deep/link")
-    return removed() and untouched()
-
-
-def entries_are_swapped_while_they_are_deleted() -> bool:
-    """While root deletes, folders below a location repeatedly become links to another user's folder."""
-    shell_of_ann(f"mkdir -p {LOGS}; cd {LOGS}; "
-                 f"for i in $(seq 0 {SWAPS - 1}); do mkdir -p d$i/e; for j in 1 2 3 4 5; do : > d$i/e/$j; done; done")
-    with subprocess.Popen(as_ann("/usr/bin/python3", "-ISc", SWAPPER, FOREIGN, SWAPS), cwd=LOGS, text=True,
-                          stdout=subprocess.PIPE) as swapping:
-        swapping.stdout.readline()
-        status, _ = scene.finished(scene.start_operation("Removal"))
-        swapping.terminate()
-        during = int(swapping.stdout.readline())
-    print(f"attack: {during} swaps were made after the first of {SWAPS} folders was deleted", flush=True)
-    # A swap at the wrong moment prevents the deletion of the folder. Then the removal fails, and the next one
-    # completes.
-    return during > 0 and untouched() and (status == 0 or status == 1 and removed() and untouched())
-
-
-def a_parent_is_a_link() -> bool:
-    """A folder above a location is a link: an item with the location's name in the linked folder is deleted."""
-    shell_of_ann(f"rm -rf Library/Logs; ln -s {FOREIGN} Library/Logs")
-    deleted = removed() and not (FOREIGN / "Quorlen").exists() and (FOREIGN / "precious/file").exists()
-    shell_of_ann("rm Library/Logs; mkdir Library/Logs")
-    return deleted
-
-
-def the_environment_is_hostile() -> bool:
-    """The attacker sets variables of shells, loaders and interpreters, and puts programs first on the search path."""
-    for name in ("launchctl", "pkill", "rm", "sfltool", "cat", "sh", "startup"):
-        bait_program(name)
-    startup = BAIT / "startup"
-    done = removed(PATH=f"{BAIT}:/usr/bin:/bin", ENV=startup, BASH_ENV=startup, IFS="/", SHELL=BAIT / "sh",
-                     SHELLOPTS="xtrace", PS4=f"$({startup})", TMPDIR=BAIT)
-    return done and untouched()
-
-
-def the_home_variable_points_elsewhere() -> bool:
-    """HOME is another user's folder."""
-    library = FOREIGN / "Library/Logs/Quorlen"
-    library.mkdir(parents=True)
-    return removed(HOME=FOREIGN) and untouched() and library.exists()
-
-
-def the_working_folder_is_hostile() -> bool:
-    """The tool is started in a folder with the attacker's programs."""
-    for name in ("cat", "sh", "rm", "eval", "exit", "set"):
-        bait_program(name)
-    return removed(folder=BAIT) and untouched()
-
-
-def the_text_is_overwritten() -> bool:
-    """While root's shell runs, the attacker writes to its script through the tool's descriptor."""
-    scene.stage("tool", "launchctl", "hangs")
-    process = scene.start_operation("Removal")
-    tried = refused = 0
-    scene.wait_until(hanging_launchctl, "launchctl is called")
-    for link in pathlib.Path("/proc").glob("[0-9]*/fd/*"):
-        try:
-            if "shell-text" not in os.readlink(link):
-                continue
-        except OSError:
-            continue
-        tried += 1
-        attempt = subprocess.run(as_ann("/bin/sh", "-c", f"echo 'echo > {MARK}' >> {link}"), stderr=subprocess.DEVNULL)
-        refused += attempt.returncode != 0
-    scene.stage("tool", "launchctl", "real")
-    for pid in hanging_launchctl():
-        os.kill(pid, signal.SIGKILL)
-    return ended_well(process) and tried > 0 and tried == refused and untouched()
-
-
-def hanging_launchctl() -> list[int]:
-    """Returns the processes of a launchctl that hangs."""
-    return [pid for pid, command in scene.commands() if b"\0/bin/launchctl\0" in command]
-
-
-def a_label_is_borrowed() -> bool:
-    """Another user's process has a label of the product in its arguments: it is killed."""
-    bystander = subprocess.Popen(["/bin/sh", "-c", "sleep 600; : com.vendrel.QuorlenDaemon"], process_group=0)
-    killed = removed() and bystander.wait(timeout=60) == -signal.SIGTERM
-    os.killpg(bystander.pid, signal.SIGKILL)  # the sleep that the shell started
-    return killed
-
-
-# Each attack, and whether the design withstands it.
-ATTACKS: dict[Callable[[], bool], bool] = {
-    a_location_is_a_link: True,
-    an_entry_below_a_location_is_a_link: True,
-    entries_are_swapped_while_they_are_deleted: True,
-    a_parent_is_a_link: False,
-    the_environment_is_hostile: True,
-    the_home_variable_points_elsewhere: True,
-    the_working_folder_is_hostile: True,
-    the_text_is_overwritten: True,
-    a_label_is_borrowed: False,
-}
-
-
-def inside() -> int:
-    """Tries all attacks and returns the exit status."""
-    wrong = 0
-    for attack, withstood in ATTACKS.items():
-        root_tree()
+class Attacks(unittest.TestCase):
+    def setUp(self) -> None:
+        for folder in (FOREIGN, BAIT):
+            shutil.rmtree(folder, ignore_errors=True)
+        write_as_root(*ROOTS)
         scene.set_up("Removal")
-        as_documented = attack()
-        wrong += not as_documented
-        print(f"attack: {attack.__doc__.splitlines()[0]} {'Withstood' if withstood else 'Cannot be withstood'}"
-              f"{'.' if as_documented else ': THE TEST SHOWS OTHERWISE.'}", flush=True)
-    return 1 if wrong else 0
+
+    def tearDown(self) -> None:
+        print(f"attack: {self.shortDescription()}", flush=True)
+
+    def completes(self, removal: subprocess.Popen) -> None:
+        """Checks that a removal succeeds and removes all locations."""
+        output, _ = removal.communicate(timeout=scene.TIMEOUT)
+        self.assertEqual(removal.returncode, 0, output)
+        self.assertFalse(os.path.lexists(LOGS))
+
+    def root_keeps(self, files: set[str]) -> None:
+        """Checks that root's folder has these files and no mark."""
+        self.assertEqual({str(path.relative_to(FOREIGN)) for path in FOREIGN.rglob("*") if path.is_file()}, files)
+
+    def test_a_location_is_a_link(self) -> None:
+        """A location is a link to another user's folder: the link is removed, the folder stays."""
+        shell_of_ann(f"rm -rf {LOGS}; ln -s {FOREIGN}/precious {LOGS}")
+        self.completes(start_removal())
+        self.root_keeps(ROOTS)
+
+    def test_an_entry_below_a_location_is_a_link(self) -> None:
+        """There are links to another user's folder below a location: they are removed, the folder stays."""
+        shell_of_ann(f"mkdir {LOGS}/deep; ln -s {FOREIGN} {LOGS}/deep/link")
+        self.completes(start_removal())
+        self.root_keeps(ROOTS)
+
+    def test_entries_are_swapped_while_they_are_deleted(self) -> None:
+        """While root deletes, folders below a location repeatedly become links to another user's folder."""
+        shell_of_ann(f"cd {LOGS}; for i in $(seq 0 {SWAPS - 1}); do mkdir -p d$i/e; "
+                     "for j in 1 2 3 4 5; do : > d$i/e/$j; done; done")
+        with subprocess.Popen(scene.as_ann("/usr/bin/python3", "-ISc", SWAPPER, FOREIGN, SWAPS), cwd=LOGS, text=True,
+                              stdout=subprocess.PIPE) as swapping:
+            swapping.stdout.readline()
+            removal = start_removal()
+            output, _ = removal.communicate(timeout=scene.TIMEOUT)
+            swapping.terminate()
+            during = int(swapping.stdout.readline())
+        print(f"attack: {during} swaps were made after the first of {SWAPS} folders was deleted")
+        self.assertGreater(during, 0)
+        self.root_keeps(ROOTS)
+        # A swap at the wrong moment prevents the deletion of the folder. Then the removal fails, and the next one
+        # completes.
+        self.assertIn(removal.returncode, (0, 1), output)
+        if removal.returncode == 1:
+            self.completes(start_removal())
+            self.root_keeps(ROOTS)
+
+    def test_a_parent_is_a_link(self) -> None:
+        """A folder above a location is a link: an item with the location's name in the linked folder is deleted."""
+        shell_of_ann(f"rm -rf Library/Logs; ln -s {FOREIGN} Library/Logs")
+        self.addCleanup(shell_of_ann, "rm Library/Logs; mkdir Library/Logs")
+        self.completes(start_removal())
+        self.root_keeps({"precious/file"})
+
+    def test_the_environment_is_hostile(self) -> None:
+        """The attacker sets variables of shells and interpreters, and puts programs first on the search path."""
+        bait_programs("launchctl", "pkill", "rm", "sfltool", "cat", "sh", "startup")
+        startup = BAIT / "startup"
+        self.completes(start_removal(PATH=f"{BAIT}:/usr/bin:/bin", ENV=startup, BASH_ENV=startup, IFS="/",
+                                     SHELL=BAIT / "sh", SHELLOPTS="xtrace", PS4=f"$({startup})", TMPDIR=BAIT))
+        self.root_keeps(ROOTS)
+
+    def test_the_home_variable_points_elsewhere(self) -> None:
+        """HOME is another user's folder: it stays, and the user's own is cleaned."""
+        write_as_root("Library/Logs/Quorlen/file")
+        self.completes(start_removal(HOME=FOREIGN))
+        self.root_keeps({*ROOTS, "Library/Logs/Quorlen/file"})
+
+    def test_the_working_folder_is_hostile(self) -> None:
+        """The tool is started in a folder with the attacker's programs: none of them runs as root."""
+        bait_programs("cat", "sh", "rm", "eval", "exit", "set")
+        self.completes(start_removal(BAIT))
+        self.root_keeps(ROOTS)
+
+    def test_the_text_is_overwritten(self) -> None:
+        """While root's shell runs, the attacker writes to its script through a descriptor: the system refuses."""
+        calls = json.loads(scene.stage("report", "--json"))["calls"]
+        scene.stage("tool", "launchctl", "hangs")
+        removal = start_removal()
+        scene.stage("await", "launchctl", str(1 + sum(call["tool"] == "/bin/launchctl" for call in calls)))
+        scripts = [link for link in Path("/proc").glob("[0-9]*/fd/*") if "shell-text" in target_of(link)]
+        self.assertNotEqual(scripts, [])
+        for script in scripts:
+            attempt = subprocess.run(scene.as_ann("/bin/sh", "-c", f"echo 'echo > {MARK}' >> {script}"))
+            self.assertNotEqual(attempt.returncode, 0)
+        scene.stage("tool", "launchctl", "real")
+        subprocess.run(["/bin/sh", "-c", "kill -KILL $(pgrep -x launchctl)"], check=True)
+        self.completes(removal)
+        self.root_keeps(ROOTS)
+
+    def test_a_label_is_borrowed(self) -> None:
+        """Another user's process has a label of the product in its arguments: it is killed."""
+        with subprocess.Popen(["/bin/sh", "-c", "sleep 600; : com.vendrel.QuorlenDaemon"],
+                              process_group=0) as bystander:
+            self.completes(start_removal())
+            self.assertEqual(bystander.wait(scene.TIMEOUT), -signal.SIGTERM)
+            os.killpg(bystander.pid, signal.SIGKILL)  # the sleep that the shell started
+
+
+def target_of(link: Path) -> str:
+    """Returns a link's target; nothing if the link has gone."""
+    try:
+        return os.readlink(link)
+    except OSError:
+        return ""
 
 
 if __name__ == "__main__":
-    sys.exit(inside() if sys.argv[1:] == ["inside"] else scene.run_in_mac(__file__))
+    if sys.argv[1:] != ["inside"]:
+        sys.exit(scene.run_in_mac(__file__))
+    unittest.main(argv=[__file__])
