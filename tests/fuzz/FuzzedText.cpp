@@ -2,41 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
-
-namespace
-{
-
-bool isHighSurrogate(char16_t unit)
-{
-    return unit >= 0xd800 && unit <= 0xdbff;
-}
-
-bool isLowSurrogate(char16_t unit)
-{
-    return unit >= 0xdc00 && unit <= 0xdfff;
-}
-
-void appendUtf8(std::string &bytes, char32_t character)
-{
-    const auto tail = [character](int shift) { return static_cast<char>(0x80 | ((character >> shift) & 0x3f)); };
-    if (character < 0x80) {
-        bytes += static_cast<char>(character);
-    } else if (character < 0x800) {
-        bytes += static_cast<char>(0xc0 | (character >> 6));
-        bytes += tail(0);
-    } else if (character < 0x10000) {
-        bytes += static_cast<char>(0xe0 | (character >> 12));
-        bytes += tail(6);
-        bytes += tail(0);
-    } else {
-        bytes += static_cast<char>(0xf0 | (character >> 18));
-        bytes += tail(12);
-        bytes += tail(6);
-        bytes += tail(0);
-    }
-}
-
-}
+#include <iconv.h>
 
 std::u16string textFromBytes(const std::uint8_t *bytes, std::size_t count)
 {
@@ -54,17 +20,18 @@ std::u16string textFromBytes(const std::uint8_t *bytes, std::size_t count)
 
 std::optional<std::string> utf8ForShell(std::u16string_view text)
 {
-    std::string bytes;
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        const char16_t unit = text[index];
-        if (isHighSurrogate(unit) && index + 1 < text.size() && isLowSurrogate(text[index + 1])) {
-            appendUtf8(bytes, 0x10000 + ((unit & 0x3ffu) << 10) + (text[++index] & 0x3ffu));
-        } else if (unit == 0 || isHighSurrogate(unit) || isLowSurrogate(unit)) {
-            return std::nullopt;
-        } else {
-            appendUtf8(bytes, unit);
-        }
+    static const iconv_t converter = iconv_open("UTF-8", "UTF-16LE");
+    std::u16string units(text);
+    std::string bytes(text.size() * 3, '\0'); // the longest UTF-8 of a unit
+    char *input = reinterpret_cast<char *>(units.data());
+    char *output = bytes.data();
+    std::size_t inputLeft = units.size() * sizeof(char16_t), outputLeft = bytes.size();
+    iconv(converter, nullptr, nullptr, nullptr, nullptr); // forgets what a failure left
+    const bool converted = iconv(converter, &input, &inputLeft, &output, &outputLeft) != static_cast<std::size_t>(-1);
+    if (!converted || text.find(u'\0') != text.npos) {
+        return std::nullopt;
     }
+    bytes.resize(bytes.size() - outputLeft);
     return bytes;
 }
 

@@ -3,14 +3,9 @@
 #include "tests/fuzz/FuzzedText.hpp"
 
 #include <array>
-#include <cerrno>
-#include <csignal>
-#include <fcntl.h>
+#include <cstdio>
 #include <functional>
 #include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <wordexp.h>
 
@@ -18,46 +13,14 @@ namespace
 {
 
 constexpr std::size_t oneIn = 1024;
-constexpr uid_t unprivilegedUser = 65534;
 
-/// Repeats a system call while the fuzzer's timer interrupts it.
-template <typename Call> auto withoutInterruption(const Call &call)
+/// The command of a /bin/sh that can only write to its standard output. It cannot fork, because it is allowed no
+/// process. It could only replace itself by another program, to which the same limits apply.
+std::string confinedShell()
 {
-    auto result = call();
-    while (result < 0 && errno == EINTR) {
-        result = call();
-    }
-    return result;
-}
-
-void limit(__rlimit_resource resource)
-{
-    const rlimit none { 0, 0 };
-    if (setrlimit(resource, &none) != 0) {
-        _exit(99);
-    }
-}
-
-/// Replaces this process by a /bin/sh that can only write to its standard output.
-[[noreturn]] void becomeShell(int input, int output)
-{
-    dup2(input, STDIN_FILENO);
-    dup2(output, STDOUT_FILENO);
-    // RLIMIT_NPROC prevents a fork. It does not prevent exec, but the limits also apply to the next program.
-    limit(RLIMIT_FSIZE);
-    limit(RLIMIT_CORE);
-    if (geteuid() == 0 && (setgid(unprivilegedUser) != 0 || setuid(unprivilegedUser) != 0)) {
-        _exit(99);
-    }
-    limit(RLIMIT_NPROC);
-    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
-        _exit(99);
-    }
-    char name[] = "sh", path[] = "PATH=/nonexistent";
-    char *arguments[] = { name, nullptr };
-    char *environment[] = { path, nullptr };
-    execve("/bin/sh", arguments, environment);
-    _exit(99);
+    const std::string user = geteuid() == 0 ? "--reuid=65534 --regid=65534 --clear-groups " : "";
+    return "exec prlimit --fsize=0 --core=0 setpriv --no-new-privs " + user +
+        "prlimit --nproc=0 env -i PATH=/nonexistent /bin/sh";
 }
 
 }
@@ -82,47 +45,29 @@ std::optional<std::string> wordAsShellReadsIt(const std::string &word)
 
 std::string_view quotedWordAtStart(std::string_view text)
 {
-    std::size_t end = 0;
-    while (text.substr(end).starts_with('\'')) {
-        const auto closing = text.find('\'', end + 1);
-        if (closing == text.npos) {
-            return {};
-        }
-        end = closing + 1;
-        if (!text.substr(end).starts_with("\\''")) {
-            break;
-        }
-        end += 2;
+    constexpr std::string_view escapedQuote = R"('\'')";
+    auto end = text.starts_with('\'') ? text.find('\'', 1) : text.npos;
+    while (end != text.npos && text.substr(end).starts_with(escapedQuote)) {
+        end = text.find('\'', end + escapedQuote.size());
     }
-    return text.substr(0, end);
+    return end == text.npos ? std::string_view() : text.substr(0, end + 1);
 }
 
 ShellRun runShell(const std::string &script)
 {
-    const int input = memfd_create("script", MFD_CLOEXEC);
+    const int input = memfd_create("script", 0);
     expect(write(input, script.data(), script.size()) == static_cast<ssize_t>(script.size()),
         "the script fits into memory");
-    lseek(input, 0, SEEK_SET);
-    int ends[2];
-    expect(pipe2(ends, O_CLOEXEC) == 0, "a pipe can be made");
-    const pid_t process = fork();
-    expect(process >= 0, "a process can be started");
-    if (process == 0) {
-        becomeShell(input, ends[1]);
-    }
-    close(input);
-    close(ends[1]);
+    FILE *shell = popen((confinedShell() + " </proc/self/fd/" + std::to_string(input)).c_str(), "re");
+    expect(shell != nullptr, "a process can be started");
     ShellRun run {};
     std::array<char, 4096> buffer;
-    for (ssize_t count;
-        (count = withoutInterruption([&] { return read(ends[0], buffer.data(), buffer.size()); })) > 0;) {
+    // The fuzzer's timer interrupts calls.
+    for (ssize_t count; (count = TEMP_FAILURE_RETRY(read(fileno(shell), buffer.data(), buffer.size()))) > 0;) {
         run.output.append(buffer.data(), static_cast<std::size_t>(count));
     }
-    close(ends[0]);
-    int status = 0;
-    expect(
-        withoutInterruption([&] { return waitpid(process, &status, 0); }) == process, "the shell's end can be awaited");
-    run.succeeded = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    run.succeeded = pclose(shell) == 0;
+    close(input);
     return run;
 }
 

@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// Expands one shell word with wordexp(3). Ends the run if the text is not exactly one word or contains a command.
 /// Returns nothing if there was not enough memory.
