@@ -99,9 +99,11 @@ class Tracer:
         with ours, theirs, ThreadPoolExecutor() as threads:
             program = threads.submit(subprocess.run, command, cwd=folder, preexec_fn=submit_to_tracer, stdout=output,
                                      timeout=timeout)
-            _, [listener], _, _ = socket.recv_fds(ours, 16, 1)
-            with open(listener, "rb", buffering=0):
-                self._serve(listener)
+            program.add_done_callback(lambda _: theirs.close())
+            _, listeners, _, _ = socket.recv_fds(ours, 16, 1)
+            for listener in listeners:  # none if the program could not be started
+                with open(listener, "rb", buffering=0):
+                    self._serve(listener)
             next(self._faults, None)
             return program.result().returncode
 
