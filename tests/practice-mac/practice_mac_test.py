@@ -125,9 +125,9 @@ class Isolation(unittest.TestCase):
         self.assertEqual(Path(self.shared, "mine").read_text(encoding="ascii"), "inside\n")
 
     def test_two_at_once_do_not_affect_each_other(self) -> None:
-        with practice_mac_up(display="virtual", home="one") as one, \
-                practice_mac_up(display="virtual", home="two", locations="none") as two:
-            one.output("rm", "-r", "/Users/one/Library/Logs/Quorlen")
+        with practice_mac_up(display="virtual", home="-rf") as one, \
+                practice_mac_up(display="virtual", home="*", locations="none") as two:
+            one.output("rm", "-r", "/Users/-rf/Library/Logs/Quorlen")
             self.assertEqual(fates(one.ask("report")), ["kept"] * 10 + ["removed"])
             self.assertEqual(fates(two.ask("report")), ["absent"] * 11)
             for mac in (one, two):
@@ -226,11 +226,14 @@ class Rights(unittest.TestCase):
     def setUpClass(cls) -> None:
         cls.mac = cls.enterClassContext(practice_mac_up())
 
-    def test_ann_cannot_delete_a_system_location_or_stage_without_rights(self) -> None:
+    def test_ann_cannot_delete_a_system_location_stop_the_daemon_restart_or_stage_without_rights(self) -> None:
         for path in SYSTEM_LOCATIONS:
             before = self.mac.output("find", path, root=True)
             self.assertNotEqual(self.mac.run("rm", "-rf", path).returncode, 0)
             self.assertEqual(self.mac.output("find", path, root=True), before)
+        for command in (("/bin/launchctl", "bootout", "system", SYSTEM_LOCATIONS[1]), ("/sbin/shutdown", "-r", "now")):
+            self.assertNotEqual(self.mac.run(*command).returncode, 0)
+        self.assertEqual(self.mac.ask("running"), {"agent": 1, "daemon": 1})
         done = self.mac.run("/opt/practice/stage", "tool", "ditto", "missing")
         self.assertEqual((done.returncode, done.stderr), (1, b"stage: only root may make requests\n"))
         self.assertTrue(self.mac.exists("/usr/bin/ditto"))
@@ -247,11 +250,10 @@ class Rights(unittest.TestCase):
             self.assertEqual(practice_mac("rights", self.mac.instance, rights).returncode, 0)
             self.assertEqual(self.mac.run("pkexec", "true").returncode, status)
 
-    def test_pkexec_can_be_missing_and_is_restored_with_its_rights(self) -> None:
-        self.mac.ask("tool", tool="pkexec", mode="missing")
-        self.assertFalse(self.mac.exists("/usr/bin/pkexec"))
-        self.mac.ask("tool", tool="pkexec", mode="real")
-        self.assertEqual(self.mac.run("pkexec", "true").returncode, 0)
+    def test_pkexec_can_be_missing_or_no_program_and_is_restored_with_its_rights(self) -> None:
+        for mode, status in (("missing", 127), ("not-a-program", 126), ("real", 0)):
+            self.mac.ask("tool", tool="pkexec", mode=mode)
+            self.assertEqual(self.mac.run("/usr/bin/pkexec", "true").returncode, status, mode)
 
 
 class Product(unittest.TestCase):
@@ -269,14 +271,16 @@ class Product(unittest.TestCase):
                 self.assertEqual([process["user"] for process in report[name]["processes"]], [user])
 
     def test_planting_again_restores_what_is_chosen_with_another_licence_or_none(self) -> None:
-        with practice_mac_up() as mac:
+        with practice_mac_up(agent=False, daemon=False) as mac:
+            self.assertEqual(mac.ask("running"), {"agent": 0, "daemon": 0})
             first = mac.read(LICENCE)
             mac.output("rm", "-rf", "/Users/ann/Library/Logs/Quorlen", SYSTEM_LOCATIONS[0], root=True)
             self.assertEqual(practice_mac("plant", mac.instance, "--locations", "1,4").returncode, 0)
             self.assertEqual(fates(mac.ask("report")), ["kept"] * 10 + ["removed"])
             self.assertNotEqual(mac.read(LICENCE), first)
-            mac.ask("plant", locations="4", licence=False)
+            mac.ask("plant", locations="3,4,5", licence=False)
             self.assertFalse(mac.exists(LICENCE))
+            self.assertEqual(mac.ask("running"), {"agent": 1, "daemon": 1})
 
     def test_what_is_lost_changed_or_new_elsewhere_is_reported(self) -> None:
         with practice_mac_up(home="ann lee") as mac:
@@ -294,7 +298,7 @@ class Product(unittest.TestCase):
 class Tools(unittest.TestCase):
     @classmethod
     def setUpClass(cls) -> None:
-        cls.mac = cls.enterClassContext(practice_mac_up(locations="none"))
+        cls.mac = cls.enterClassContext(practice_mac_up(locations="4"))
 
     def test_every_call_is_recorded_exactly(self) -> None:
         odd = ("/usr/bin/ditto", "", " ", "a\nb", "'\"\\$`", "é", b"\xff")
@@ -316,15 +320,14 @@ class Tools(unittest.TestCase):
             self.assertEqual(self.mac.run("/usr/bin/ditto").returncode, status, mode)
 
     def test_a_file_is_archived_under_its_parents_name_and_extracted_unchanged(self) -> None:
-        script = """
-            mkdir '/tmp/@ Ablage – 1' && head -c 20000 /dev/urandom >'/tmp/@ Ablage – 1/.licence' && cd / &&
-            chmod 600 '/tmp/@ Ablage – 1/.licence' &&
+        script = f"""
+            mkdir '/tmp/@ Ablage – 1' && cp -p ~/'{LICENCE}' '/tmp/@ Ablage – 1' && cd / &&
             /usr/bin/ditto -c -k --sequesterRsrc --keepParent '/tmp/@ Ablage – 1/.licence' ~/Desktop/l.zip &&
             LC_ALL=C /usr/bin/ditto -x -k ~/Desktop/l.zip /tmp/out/deep &&
-            cd '/tmp/out/deep/@ Ablage – 1' && cmp '/tmp/@ Ablage – 1/.licence' .licence && stat -c %a .licence"""
+            cd '/tmp/out/deep/@ Ablage – 1' && cmp ~/'{LICENCE}' .licence && stat -c %a .licence"""
         self.assertEqual(self.mac.output("sh", "-c", script), "600\n")
         self.assertEqual(self.mac.ask("report")["archives"], [
-            {"name": "l.zip", "members": ["@ Ablage – 1/.licence"], "holds_planted_licence": False}])
+            {"name": "l.zip", "members": ["@ Ablage – 1/.licence"], "holds_planted_licence": True}])
 
     def test_only_zip_archives_are_extracted(self) -> None:
         self.mac.output("sh", "-c", "bsdtar -cf /tmp/tar.zip -C /etc hostname")
