@@ -4,55 +4,31 @@
 
 #include <cstdint>
 
-namespace
+TEST(DetectionReport, SaysHowManyItemsAndWhetherALicenceWasFound)
 {
-const std::vector<std::u16string> nothingFoundLines {
-    u"No Quorlen 3 files detected in the standard locations.",
-    u"Removal is disabled. Hold Shift to show Override Cleanup if Vendrel Support directs you to proceed.",
-};
-}
+    static_assert(sizeof(std::size_t) == sizeof(std::uint64_t));
+    for (const auto &[count, digits] : std::initializer_list<std::pair<std::size_t, std::u16string>> {
+             { 1, u"1" }, { 2, u"2" }, { 10, u"10" }, { 11, u"11" }, { SIZE_MAX, u"18446744073709551615" } }) {
+        const auto status = u"Quorlen 3 detected. " + digits + u" related item(s) found.";
+        const auto line = u"Detected " + digits + u" Quorlen 3 item(s).";
 
-TEST(DetectionReport, SaysItemsInBracketsForOneAndForMany)
-{
-    for (const auto &[count, digits] : { std::pair { 1ul, u"1" }, { 2ul, u"2" }, { 10ul, u"10" }, { 11ul, u"11" } }) {
-        const auto report = detectionReport(count, false);
-
-        EXPECT_EQ(report.statusLine, std::u16string(u"Quorlen 3 detected. ") + digits + u" related item(s) found.");
-        EXPECT_EQ(report.logLines, std::vector { std::u16string(u"Detected ") + digits + u" Quorlen 3 item(s)." });
+        EXPECT_EQ(detectionReport(count, false).statusLine, status);
+        EXPECT_EQ(detectionReport(count, false).logLines, std::vector { line });
+        EXPECT_EQ(detectionReport(count, true).statusLine, status + u" License detected.");
+        EXPECT_EQ(detectionReport(count, true).logLines, (std::vector<std::u16string> { line, u"License detected." }));
     }
 }
 
-TEST(DetectionReport, WritesTheLargestCountInFull)
+TEST(DetectionReport, SaysInTwoLinesThatNothingWasFoundAndWhetherALicenceWas)
 {
-    static_assert(sizeof(std::size_t) == sizeof(std::uint64_t));
+    std::vector<std::u16string> lines {
+        u"No Quorlen 3 files detected in the standard locations.",
+        u"Removal is disabled. Hold Shift to show Override Cleanup if Vendrel Support directs you to proceed.",
+    };
+    EXPECT_EQ(detectionReport(0, false).statusLine, u"Quorlen 3 was not detected.");
+    EXPECT_EQ(detectionReport(0, false).logLines, lines);
 
-    EXPECT_EQ(detectionReport(SIZE_MAX, false).statusLine,
-        u"Quorlen 3 detected. 18446744073709551615 related item(s) found.");
-}
-
-TEST(DetectionReport, MentionsTheLicenceLast)
-{
-    const auto report = detectionReport(3, true);
-
-    EXPECT_EQ(report.statusLine, u"Quorlen 3 detected. 3 related item(s) found. License detected.");
-    EXPECT_EQ(
-        report.logLines, (std::vector<std::u16string> { u"Detected 3 Quorlen 3 item(s).", u"License detected." }));
-}
-
-TEST(DetectionReport, SaysInTwoLinesThatNothingWasFound)
-{
-    const auto report = detectionReport(0, false);
-
-    EXPECT_EQ(report.statusLine, u"Quorlen 3 was not detected.");
-    EXPECT_EQ(report.logLines, nothingFoundLines);
-}
-
-TEST(DetectionReport, MentionsALicenceEvenIfNothingWasFound)
-{
-    const auto report = detectionReport(0, true);
-
-    EXPECT_EQ(report.statusLine, u"Quorlen 3 was not detected. License detected.");
-    auto lines = nothingFoundLines;
-    lines.push_back(u"License detected.");
-    EXPECT_EQ(report.logLines, lines);
+    lines.emplace_back(u"License detected.");
+    EXPECT_EQ(detectionReport(0, true).statusLine, u"Quorlen 3 was not detected. License detected.");
+    EXPECT_EQ(detectionReport(0, true).logLines, lines);
 }

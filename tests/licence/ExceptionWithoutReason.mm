@@ -1,8 +1,0 @@
-#import "tests/licence/ExceptionWithoutReason.h"
-
-@implementation ExceptionWithoutReason
-- (NSString *)reason
-{
-    return nil;
-}
-@end
