@@ -3,18 +3,24 @@
 from driver import PracticeMac, expect_equal, expect
 from phrases import *
 
-LOGS = "Library/Logs/Quorlen"
+AGENT_FILE = "Library/Application Support/com.vendrel.QuorlenAgent/state.json"
 CACHES = "Library/Caches/com.vendrel.Quorlen3"
 VENDOR = "Library/Application Support/Vendrel"
 
 
-def journey_locations_that_are_links() -> None:
-    """A location leads to Ann's own folder, one leads nowhere, two lead to each other: only the links go."""
+def journey_locations_in_odd_states() -> None:
+    """A location leads to Ann's own folder, one leads nowhere, and two lead to each other: only the links go. One belongs
+    to another user and is closed to all, one holds 100,000 files, and a program has a file of one open: they go too, and
+    the program keeps running."""
     with PracticeMac() as mac:
-        mac.shell('rm -rf -- "$1" "$2" "$3" "$4"'
-                  '; ln -s "$PWD/Documents" "$1"'  # to a folder of Ann's
-                  '; ln -s /nowhere "$2"; ln -s "$PWD/$4" "$3"; ln -s "$PWD/$3" "$4"',
-                  LOGS, CACHES, VENDOR, "Library/Preferences/com.vendrel.Quorlen3.plist")
+        mac.shell('rm -rf -- "$@"; ln -s "$PWD/Documents" "$1"; ln -s /nowhere "$2"'
+                  '; ln -s "$PWD/$4" "$3"; ln -s "$PWD/$3" "$4"', "Library/Logs/Quorlen",
+                  "Library/Preferences/com.vendrel.Quorlen.plist", "Library/Preferences/com.vendrel.Quorlen3.plist",
+                  "Library/LaunchAgents/com.vendrel.Quorlen3.Scheduler.plist")
+        mac.shell('chown -R nobody: "$1"; chmod -R 000 "$1"', VENDOR, root=True)
+        mac.shell('cd "$1"; mkdir {1..100}; for d in {1..100}; do touch $d/{1..1000}; done', CACHES)
+        expect(int(mac.shell('find "$1" -type f | wc -l', CACHES)) >= 100_000, "100,000 files are there")
+        reader = mac.shell('exec 3<"$1"; sleep infinity >/dev/null 2>&1 & echo $!', AGENT_FILE).strip()
         documents = mac.shell("find Documents | sort | tee /dev/null; cat Documents/*")
         with mac.open_tool() as tool:
             expect_equal(tool.status(), "Quorlen 3 detected. 8 related item(s) found. License detected.", "the status line")
@@ -22,40 +28,8 @@ def journey_locations_that_are_links() -> None:
             tool.rests(NOT_DETECTED)
             judge_gone(mac)
             expect_equal(mac.shell("find Documents | sort | tee /dev/null; cat Documents/*"), documents, "Ann's own folder")
-
-
-def journey_a_location_that_only_root_may_read() -> None:
-    """A location belongs to another user and is closed to all: it is detected, and the superuser removes it."""
-    with PracticeMac() as mac:
-        mac.shell('chown -R nobody: "$1"; chmod -R 000 "$1"', VENDOR, root=True)
-        with mac.open_tool() as tool:
-            expect_equal(tool.status(), DETECTED, "the status line")
-            remove(tool)
-            tool.rests(NOT_DETECTED)
-            judge_gone(mac)
-
-
-def journey_a_location_with_100000_files() -> None:
-    """The caches hold 100,000 files: they go like the rest."""
-    with PracticeMac() as mac:
-        mac.shell('cd "$1"; mkdir {1..100}; for d in {1..100}; do touch $d/{1..1000}; done', CACHES)
-        expect(int(mac.shell('find "$1" -type f | wc -l', CACHES)) >= 100_000, "100,000 files are there")
-        with mac.open_tool() as tool:
-            remove(tool)
-            tool.rests(NOT_DETECTED)
-            judge_gone(mac)
-
-
-def journey_a_file_that_is_still_open() -> None:
-    """A program still has a log file open: the file goes all the same, and the program keeps running."""
-    with PracticeMac() as mac:
-        reader = mac.shell('exec 3<"$1"/Quorlen-2026-11-01.log; sleep infinity >/dev/null 2>&1 & echo $!', LOGS).strip()
-        with mac.open_tool() as tool:
-            remove(tool)
-            tool.rests(NOT_DETECTED)
-            judge_gone(mac)
-            opened = mac.shell('readlink "/proc/$1/fd/3"', reader, root=True)
-            expect(opened.endswith(".log (deleted)\n"), "the file is still open")
+            expect_equal(mac.shell('readlink "/proc/$1/fd/3"', reader, root=True),
+                         f"{mac.home}/{AGENT_FILE} (deleted)\n", "the open file")
 
 
 def journey_jobs_that_are_restarted_when_killed() -> None:

@@ -25,8 +25,18 @@ def journey_shift_reveals_and_caps_lock_does_not() -> None:
 
 
 def journey_cleanup_with_nothing_installed() -> None:
-    """Told so by the support, Ann runs the cleanup on a Mac that has nothing of the product."""
-    with PracticeMac(locations="none", agent=False, daemon=False) as mac, mac.open_tool() as tool:
+    """Someone else removes the product while the window is open: the click finds nothing and says so. Then, told so by
+    the support, Ann runs the cleanup."""
+    with PracticeMac(agent=False, daemon=False) as mac, mac.open_tool() as tool:
+        mac.shell('rm -rf -- "$@"', *mac.locations(), root=True)
+        expect_equal(tool.buttons(), CAN_REMOVE, "the buttons, which do not know yet")
+        tool.press("Remove Quorlen 3")
+        tool.answer(NOT_DETECTED, "OK",
+                    "Cleanup is disabled because no Quorlen 3 files were found in the standard locations.", ["OK"])
+        tool.rests(NOT_DETECTED)
+        tool.has_buttons(NOTHING_TO_REMOVE)
+        tool.logged(*NOTHING_FOUND)
+
         with tool.shift_held():
             tool.press("Override Cleanup")
         tool.sees_alert(CONFIRM_OVERRIDE, EXPLAINED, ["Run Cleanup", "Cancel"])

@@ -22,7 +22,8 @@ def journey_the_licence_outlives_removal_and_reinstallation() -> None:
 
 
 def journey_second_thoughts_then_refusal_then_removal() -> None:
-    """Ann cancels, is refused, then removes after all: an archive for each confirmed try, one log file."""
+    """Ann cancels, is refused, then removes after all: an archive for each confirmed try, one log file. Rights for the
+    restart are refused: the tool stays, says so in its log, and nothing restarts."""
     with PracticeMac(rights="refused") as mac, mac.open_tool() as tool:
         licence = mac.read(LICENCE)
         expect_equal(tool.buttons(), CAN_REMOVE, "the buttons after the launch")
@@ -48,10 +49,15 @@ def journey_second_thoughts_then_refusal_then_removal() -> None:
 
         mac.rights("granted")
         mac.passes_a_second()
-        remove(tool)
+        tool.press("Remove Quorlen 3")
+        tool.answer(CONFIRM, "Remove Quorlen 3")
+        tool.sees_alert(REMOVED)
+        mac.rights("refused")
+        tool.press("Restart Now")
         tool.rests(NOT_DETECTED)
         expect_equal(tool.buttons(), NOTHING_TO_REMOVE, "the buttons after the removal")
-        tool.logged(*STARTED, *SAVED, *COMPLETED, *NOTHING_FOUND)
+        tool.logged(*STARTED, *SAVED, *COMPLETED, "Restart request failed: …-128…", *NOTHING_FOUND)
+        expect_equal(mac.calls("shutdown"), [], "the Mac's orders to shut down")
         judge_gone(mac)
         expect_equal([archived_licence(mac, name) for name in mac.archives()], [licence, licence], "the archived licences")
         log, = mac.removal_logs()
@@ -80,18 +86,3 @@ def journey_pointer_and_keyboard_alone() -> None:
         expect_equal(tool.ended(), 0, "the tool's exit status")
         mac.awaits_call("shutdown")
         expect_equal(tool.said(), "", "the tool's error output")
-
-
-def journey_the_product_vanishes_before_the_click() -> None:
-    """Someone else removes the product while the window is open: the click finds nothing and says so."""
-    with PracticeMac() as mac, mac.open_tool() as tool:
-        mac.shell('rm -rf -- "$@"', *mac.locations(), root=True)
-        expect_equal(tool.buttons(), CAN_REMOVE, "the buttons, which do not know yet")
-        tool.press("Remove Quorlen 3")
-        tool.answer(NOT_DETECTED, "OK",
-                    "Cleanup is disabled because no Quorlen 3 files were found in the standard locations.", ["OK"])
-        tool.rests(NOT_DETECTED)
-        expect_equal(tool.buttons(), NOTHING_TO_REMOVE, "the buttons")
-        tool.logged(*NOTHING_FOUND)
-        expect_equal(mac.desktop(), [], "the Desktop")
-        expect_equal(mac.calls(), [], "calls of the system's tools")

@@ -1,4 +1,4 @@
-"""The restart that a removal offers."""
+"""The restart that a removal offers. A refused one is in removal_journeys.py."""
 
 from driver import PracticeMac, expect_equal, expect
 from phrases import *
@@ -15,19 +15,3 @@ def journey_restart_granted() -> None:
         log, = mac.removal_logs()
         expect(removal_log(mac, log).endswith(COMPLETED[0] + "\n"), "the log file ends before the restart")
         judge_clean(mac)
-
-
-def journey_restart_refused() -> None:
-    """Rights for the restart are refused: the tool stays, says so in its log, and nothing restarts."""
-    with PracticeMac() as mac, mac.open_tool() as tool:
-        tool.press("Remove Quorlen 3")
-        tool.answer(CONFIRM, "Remove Quorlen 3")
-        tool.sees_alert(REMOVED)
-        mac.rights("refused")
-        tool.press("Restart Now")
-        tool.rests(NOT_DETECTED)
-        tool.has_buttons(NOTHING_TO_REMOVE)
-        tool.logged(*STARTED, *SAVED, *COMPLETED, "Restart request failed: …-128…", *NOTHING_FOUND)
-        expect_equal(mac.calls("shutdown"), [], "the Mac's orders to shut down")
-        tool.press("Cancel")
-        expect_equal(tool.ended(), 0, "the tool's exit status")
