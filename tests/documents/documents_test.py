@@ -6,7 +6,8 @@ import os
 import pathlib
 import re
 import unittest
-from collections.abc import Callable, Iterable, Iterator
+from collections.abc import Iterable, Iterator
+from typing import NamedTuple
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MESSAGES = ROOT / "docs" / "messages.md"
@@ -51,6 +52,7 @@ def sources(*folders: str) -> list[pathlib.Path]:
             if path.suffix in (".h", ".hpp", ".cpp", ".mm")]
 
 
+@functools.cache
 def shown_by_the_sources() -> set[str]:
     """Returns the fixed parts of all texts that the product can show or log."""
     pieces = set()
@@ -60,24 +62,22 @@ def shown_by_the_sources() -> set[str]:
     return {piece for piece in pieces - NOT_SHOWN if not UPDATED_DATE.fullmatch(piece)}
 
 
-class Row:
+class Row(NamedTuple):
     """A line of a table in messages.md."""
-
-    def __init__(self, section: str, cells: list[str]) -> None:
-        self.section = section
-        self.text = cells[0].removeprefix("`").removesuffix("`")
-        self.tests = re.findall(r"`([^`]+)`", cells[3])
+    section: str
+    text: str
+    tests: list[str]
 
 
-def rows() -> list[Row]:
-    """Returns the rows of all tables in messages.md."""
-    found, section = [], ""
+def rows() -> Iterator[Row]:
+    """Yields the rows of all tables in messages.md."""
+    section = ""
     for line in MESSAGES.read_text().splitlines():
         if line.startswith("## "):
             section = line[3:]
         elif line.startswith("| `"):
-            found.append(Row(section, [cell.strip() for cell in line.strip("|").split("|")]))
-    return found
+            text, _, _, tests = (cell.strip() for cell in line.strip("|").split("|"))
+            yield Row(section, text.removeprefix("`").removesuffix("`"), re.findall(r"`([^`]+)`", tests))
 
 
 @functools.cache
@@ -107,16 +107,10 @@ class Messages(unittest.TestCase):
         self.assertEqual(shown_by_the_sources() - documented, set(), "missing in docs/messages.md")
 
     def test_every_text_of_the_table_is_in_the_sources(self) -> None:
-        shown = shown_by_the_sources()
+        platform = set().union(*(pieces_of_source(path, "@?") for path in sources("platform/gnustep/missing")))
+        self.assertIn(PLATFORM_SECTION, [row.section for row in rows()])
         for row in rows():
-            if row.section != PLATFORM_SECTION:
-                self.assertEqual(pieces_of_row(row.text) - shown, set(), f"stale in docs/messages.md: {row.text}")
-
-    def test_every_text_of_the_platform_is_in_its_sources(self) -> None:
-        literals = set().union(*(pieces_of_source(path, "@?") for path in sources("platform/gnustep/missing")))
-        words = [row for row in rows() if row.section == PLATFORM_SECTION]
-        self.assertTrue(words, f"no section {PLATFORM_SECTION}")
-        for row in words:
+            literals = platform if row.section == PLATFORM_SECTION else shown_by_the_sources()
             self.assertEqual(pieces_of_row(row.text) - literals, set(), f"stale in docs/messages.md: {row.text}")
 
     def test_every_text_has_tests_that_exist_and_contain_it(self) -> None:
@@ -129,11 +123,6 @@ class Messages(unittest.TestCase):
                     said = "".join(words_of(place) for place in places)
                     self.assertEqual([piece for piece in pieces_of_row(row.text) if piece not in said], [],
                                      "the test does not contain the text")
-
-    def test_every_exclusion_exists(self) -> None:
-        self.assertEqual([path for path in WITHOUT_TEXTS if not (ROOT / path).exists()], [])
-        there = set().union(*(pieces_of_source(path, "[@u]") for path in sources(*PRODUCT_FOLDERS)))
-        self.assertEqual(NOT_SHOWN - there, set())
 
 
 @functools.cache
@@ -152,38 +141,34 @@ def anchors(document: pathlib.Path) -> set[str]:
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
 
+def dead_links(document: pathlib.Path, text: str) -> Iterator[str]:
+    """Yields the links to files and headings that do not exist."""
+    for target in re.findall(r"\]\(([^)\s]+)\)", text):
+        path, _, anchor = target.partition("#")
+        place = document.parent / path if path else document
+        if "://" not in target and not (place.exists() and (not anchor or anchor in anchors(place))):
+            yield target
+
+
+def missing_paths(text: str) -> set[str]:
+    """Returns the paths below the top folder that the text names and that do not exist."""
+    folders = "|".join(re.escape(path.name) for path in ROOT.iterdir() if path.is_dir() and path.name in tree())
+    named = re.findall(rf"(?<![\w./~-])(?:{folders})/[\w./+-]*", re.sub(r"\]\([^)]*\)", "]", text))
+    return {path.rstrip("./") for path in named} - tree()
+
+
+def missing_sources(text: str) -> set[str]:
+    """Returns the names of sources, with or without a path, that the text has and no file of the checkout."""
+    named = re.findall(r"`(?:[^`\s]*/)?([\w.+-]+\.(?:mm|hpp|cpp|h|py|tsv|in|md|cmake))`", text)
+    return set(named) - {path.rpartition("/")[2] for path in tree()}
+
+
 class Documents(unittest.TestCase):
-    def check_each(self, find: Callable[[pathlib.Path, str], Iterable[str]], explanation: str) -> None:
-        """Checks every document: `find` gets the document and its text, and must yield no wrong link, path or name."""
+    def test_every_link_path_and_source_exists(self) -> None:
         for document in DOCUMENTS:
+            text = document.read_text()
             with self.subTest(document=str(document.relative_to(ROOT))):
-                self.assertEqual(sorted(find(document, document.read_text())), [], explanation)
-
-    def test_every_link_has_a_target(self) -> None:
-        def dead_links(document: pathlib.Path, text: str) -> Iterator[str]:
-            for target in re.findall(r"\]\(([^)\s]+)\)", text):
-                path, _, anchor = target.partition("#")
-                place = document.parent / path if path else document
-                if "://" not in target and not (place.exists() and (not anchor or anchor in anchors(place))):
-                    yield target
-        self.check_each(dead_links, "dead links")
-
-    def test_every_path_exists(self) -> None:
-        folders = "|".join(re.escape(path.name) for path in ROOT.iterdir() if path.is_dir() and path.name in tree())
-        paths = re.compile(rf"(?<![\w./~-])(?:{folders})/[\w./+-]*")
-
-        def missing_paths(_: pathlib.Path, text: str) -> set[str]:
-            named = {path.rstrip("./") for path in paths.findall(re.sub(r"\]\([^)]*\)", "]", text))}
-            return named - tree()
-        self.check_each(missing_paths, "paths that do not exist")
-
-    def test_every_source_named_without_a_path_exists(self) -> None:
-        names = {path.rpartition("/")[2] for path in tree()}
-
-        def missing_files(_: pathlib.Path, text: str) -> set[str]:
-            named = re.findall(r"`(?:[^`\s]*/)?([\w.+-]+\.(?:mm|hpp|cpp|h|py|tsv|in|md|cmake))`", text)
-            return {name for name in named} - names
-        self.check_each(missing_files, "files that do not exist")
+                self.assertEqual([*dead_links(document, text), *missing_paths(text), *missing_sources(text)], [])
 
     def test_readme_names_every_script(self) -> None:
         text = (ROOT / "README.md").read_text()

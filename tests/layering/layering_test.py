@@ -67,16 +67,6 @@ class LayeringTest(unittest.TestCase):
         self.assertGreater(len(list((ROOT / "app").glob("*.mm"))), 1)
         self.assertEqual(list(findings(ROOT)), [])
 
-    def expect(self, path: str, line: str, broken: bool) -> None:
-        """Checks a tree that consists of one file with one line."""
-        with self.subTest(path, line=line), tempfile.TemporaryDirectory() as folder:
-            file = pathlib.Path(folder, path)
-            file.parent.mkdir(parents=True)
-            file.write_text(f"// A comment.\n{line}\n")
-            found = list(findings(pathlib.Path(folder)))
-            self.assertEqual(len(found), 1 if broken else 0, found)
-            self.assertTrue(all(finding.startswith(f"{path}:2: ") for finding in found), found)
-
     def test_what_breaks_a_rule_is_found(self) -> None:
         for path, line in (
                 ("app/OutputFiles.mm", '#import "ui/ModalAlert.hpp"'),
@@ -102,24 +92,12 @@ class LayeringTest(unittest.TestCase):
                 ("platform/gnustep/looks/Images.mm", '#import "platform/macos/libc/math.h"'),
                 ("platform/gnustep/looks/Images.mm", "#ifdef __x86_64__"),
                 ("platform/macos/headers/objc.h", "#ifdef GNUSTEP")):
-            self.expect(path, line, broken=True)
-
-    def test_what_keeps_the_rules_is_not_found(self) -> None:
-        for path, line in (
-                ("app/AppDelegate.mm", '#import "removal/AppDelegate+RemovalFlow.h"'),
-                ("app/main.mm", '#import "ui/AppDelegate+MainWindow.h"'),
-                ("removal/AppDelegate+RemovalFlow.mm", '#import "licence/AppDelegate+LicenceBackup.h"'),
-                ("removal/AppDelegate+RemovalFlow.mm", '#import "app/AppDelegate.h"'),
-                ("removal/Quoting.cpp", '#include "removal/Quoting.hpp"'),
-                ("ui/ModalAlert.mm", '#import "platform/Retained.hpp"'),
-                ("ui/ModalAlert.mm", "#import <Cocoa/Cocoa.h>"),
-                ("ui/ModalAlert.mm", "#include <string_view>"),
-                ("platform/Text.hpp", '#import "platform/Retained.hpp"'),
-                ("platform/gnustep/looks/Images.mm", '#import "platform/gnustep/Swizzling.hpp"'),
-                ("platform/gnustep/looks/Images.mm", "#include <X11/Xlib.h>"),
-                ("platform/gnustep/include/objc/blocks_runtime.h", "#ifdef __cplusplus"),
-                ("platform/macos/headers/objc.h", "#if defined(__LP64__) && !defined(__x86_64__)")):
-            self.expect(path, line, broken=False)
+            # A tree that consists of one file with one line.
+            with self.subTest(path, line=line), tempfile.TemporaryDirectory() as folder:
+                file = pathlib.Path(folder, path)
+                file.parent.mkdir(parents=True)
+                file.write_text(f"// A comment.\n{line}\n")
+                self.assertEqual([finding.split()[0] for finding in findings(pathlib.Path(folder))], [f"{path}:2:"])
 
 
 if __name__ == "__main__":
