@@ -154,7 +154,7 @@ TEST_F(Backup, IsSkippedWithTheReasonAndLeavesItsCopy)
     }
     const NoDesktopFound noDesktop;
     expectSkipped("Tried to init array with nil object");
-    const NoReasons noReasons;
+    const SwizzledMethod reason = noReasons();
     expectSkipped("unknown error");
 }
 

@@ -18,10 +18,14 @@ inline Strings operator+(Strings first, const Strings &second)
     return first;
 }
 
-/// Takes the reason away from every exception for its own lifetime.
-struct NoReasons : SwizzledMethod {
-    NoReasons() : SwizzledMethod([NSException class], @selector(reason), +[](id, SEL) -> NSString * { return nil; }) { }
-};
+/// Takes the reason away from every exception until its result is destroyed.
+inline SwizzledMethod noReasons()
+{
+    return
+    {
+        [NSException class], @selector(reason), +[](id, SEL) -> NSString * { return nil; }
+    };
+}
 
 class LicenceTest : public RoomTest
 {
