@@ -5,8 +5,8 @@ from phrases import *
 
 
 def journey_home_with_an_odd_name() -> None:
-    """The name has an apostrophe, a blank, substitutions, quotes, a backslash and letters from elsewhere. The product is
-    removed for real; neighbours, and homes with similar names, keep their files."""
+    """The name has an apostrophe, a blank, substitutions, quotes, a backslash and letters from elsewhere. The product
+    is removed for real; neighbours, and homes with similar names, keep their files."""
     with PracticeMac(home='o\'neil $(touch evil) `touch evil` "an\\n" Łódź 日本') as mac, mac.open_tool() as tool:
         licence = mac.read(LICENCE)
         expect_equal(tool.status(), DETECTED, "the status line")

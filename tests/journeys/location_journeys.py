@@ -9,9 +9,9 @@ VENDOR = "Library/Application Support/Vendrel"
 
 
 def journey_locations_in_odd_states() -> None:
-    """A location leads to Ann's own folder, one leads nowhere, and two lead to each other: only the links go. One belongs
-    to another user and is closed to all, one holds 100,000 files, and a program has a file of one open: they go too, and
-    the program keeps running."""
+    """A location leads to Ann's own folder, one leads nowhere, and two lead to each other: only the links go. One
+    belongs to another user and is closed to all, one holds 100,000 files, and a program has a file of one open: they go
+    too, and the program keeps running."""
     with PracticeMac() as mac:
         mac.shell('rm -rf -- "$@"; ln -s "$PWD/Documents" "$1"; ln -s /nowhere "$2"'
                   '; ln -s "$PWD/$4" "$3"; ln -s "$PWD/$3" "$4"', "Library/Logs/Quorlen",
@@ -23,11 +23,11 @@ def journey_locations_in_odd_states() -> None:
         reader = mac.shell('exec 3<"$1"; sleep infinity >/dev/null 2>&1 & echo $!', AGENT_FILE).strip()
         documents = mac.shell("find Documents | sort | tee /dev/null; cat Documents/*")
         with mac.open_tool() as tool:
-            expect_equal(tool.status(), "Quorlen 3 detected. 8 related item(s) found. License detected.", "the status line")
+            expect_equal(tool.status(), "Quorlen 3 detected. 8 related item(s) found. License detected.", "the status")
             remove(tool)
             tool.rests(NOT_DETECTED)
             judge_gone(mac)
-            expect_equal(mac.shell("find Documents | sort | tee /dev/null; cat Documents/*"), documents, "Ann's own folder")
+            expect_equal(mac.shell("find Documents | sort | tee /dev/null; cat Documents/*"), documents, "Ann's own")
             expect_equal(mac.shell('readlink "/proc/$1/fd/3"', reader, root=True),
                          f"{mac.home}/{AGENT_FILE} (deleted)\n", "the open file")
 

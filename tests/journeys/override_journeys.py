@@ -49,7 +49,7 @@ def journey_cleanup_with_nothing_installed() -> None:
             tool.press("Override Cleanup")
         tool.answer(CONFIRM_OVERRIDE, "Run Cleanup")
         tool.sees_alert(REMOVED, "A restart is recommended to complete cleanup.", ["Restart Now", "Restart Later"])
-        expect_equal(tool.buttons()["Override Cleanup"][1], "disabled", "the override button while the outcome is shown")
+        expect_equal(tool.buttons()["Override Cleanup"][1], "disabled", "the override button behind the outcome")
         tool.press("Restart Later")
         tool.rests(NOT_DETECTED)
         tool.has_buttons(NOTHING_TO_REMOVE)

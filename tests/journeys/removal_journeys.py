@@ -59,7 +59,7 @@ def journey_second_thoughts_then_refusal_then_removal() -> None:
         tool.logged(*STARTED, *SAVED, *COMPLETED, "Restart request failed: …-128…", *NOTHING_FOUND)
         expect_equal(mac.calls("shutdown"), [], "the Mac's orders to shut down")
         judge_gone(mac)
-        expect_equal([archived_licence(mac, name) for name in mac.archives()], [licence, licence], "the archived licences")
+        expect_equal([archived_licence(mac, name) for name in mac.archives()], [licence] * 2, "the archived licences")
         log, = mac.removal_logs()
         expect(removal_log(mac, log).endswith("\n" + COMPLETED[0] + "\n"), "the log file ends with the completion line")
         judge_clean(mac)

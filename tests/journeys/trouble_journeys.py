@@ -15,4 +15,4 @@ def journey_archiver_missing() -> None:
             tool.logged(*STARTED, "License detected.", "License backup skipped: …ditto…", *COMPLETED, *NOTHING_FOUND)
             judge_gone(mac)
             expect_equal((mac.archives(), len(mac.removal_logs())), ([], 1), "archives and log files")
-            expect_equal([mac.read(f"{path}/.licence") for path in mac.temporary_folders()], [licence], "staged licences")
+            expect_equal([mac.read(f"{path}/.licence") for path in mac.temporary_folders()], [licence], "staged copies")
