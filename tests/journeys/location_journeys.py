@@ -27,7 +27,7 @@ def journey_locations_in_odd_states() -> None:
             remove(tool)
             tool.rests(NOT_DETECTED)
             judge_gone(mac)
-            expect_equal(mac.shell("find Documents | sort | tee /dev/null; cat Documents/*"), documents, "Ann's own")
+            expect_equal(mac.shell("find Documents | sort | tee /dev/null; cat Documents/*"), documents, "her folder")
             expect_equal(mac.shell('readlink "/proc/$1/fd/3"', reader, root=True),
                          f"{mac.home}/{AGENT_FILE} (deleted)\n", "the open file")
 
