@@ -1,9 +1,6 @@
-#import "platform/Retained.hpp"
 #import "tests/platform/TestWindow.hpp"
 #import "tests/support/Stage.hpp"
-#import <Cocoa/Cocoa.h>
-
-#import <GNUstepGUI/GSTheme.h>
+#import "tests/support/SwizzledMethod.hpp"
 
 #include <gtest/gtest.h>
 
@@ -12,155 +9,117 @@
 namespace
 {
 
-/// The lightness of a colour, from 0 to 1.
-double lightness(NSColor *color)
+/// A colour's red, green and blue, each in two hexadecimal digits.
+std::string hexadecimal(NSColor *color)
 {
     NSColor *rgb = [color colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
-    return ([rgb redComponent] + [rgb greenComponent] + [rgb blueComponent]) / 3;
+    std::string digits;
+    for (const double part : { [rgb redComponent], [rgb greenComponent], [rgb blueComponent] }) {
+        digits += utf8([NSString stringWithFormat:@"%02lX", std::lround(255 * part)]);
+    }
+    return digits;
 }
 
-bool isBlue(NSColor *color)
-{
-    NSColor *rgb = [color colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
-    return [rgb blueComponent] > [rgb redComponent] + 0.3;
-}
+/// A window in which controls are drawn.
+struct Appearance : testing::Test {
+    const TestWindow shown;
 
-/// The colour of a view at a point, in the view's coordinates.
-NSColor *pixel(NSView *view, NSPoint place)
-{
-    [[view window] display];
-    [view lockFocus];
-    const auto picture = adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(place.x, place.y, 1, 1)]);
-    [view unlockFocus];
-    return [picture.get() colorAtX:0 y:0];
-}
-
-/// A push button in the middle of a window on the screen.
-struct ShownButton {
-    TestWindow shown;
-    Retained<NSButton> button = adopt([[NSButton alloc] initWithFrame:NSMakeRect(80, 100, 140, 36)]);
-
-    ShownButton()
+    template <typename View> Retained<View> show(Retained<View> view)
     {
+        [[shown.window() contentView] addSubview:view.get()];
+        return view;
+    }
+    Retained<NSButton> pushButton()
+    {
+        auto button = show(adopt([[NSButton alloc] initWithFrame:NSMakeRect(80, 100, 140, 36)]));
         [button.get() setTitle:@"A"];
         [button.get() setBezelStyle:NSBezelStyleRounded];
-        [[shown.window() contentView] addSubview:button.get()];
+        return button;
     }
-
-    NSColor *colorInside() { return pixel(button.get(), NSMakePoint(20, 18)); }
+    /// The colour of a view's pixel, in the view's coordinates.
+    std::string pixel(NSView *view, double x, double y)
+    {
+        [shown.window() display];
+        [view lockFocus];
+        const auto picture = adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(x, y, 1, 1)]);
+        [view unlockFocus];
+        return hexadecimal([picture.get() colorAtX:0 y:0]);
+    }
 };
 
+const std::string white = "FFFFFF", windowColor = "ECECEC";
+
 }
 
-TEST(Appearance, IsLight)
+TEST_F(Appearance, IsLightAndStaysSoWhenADefaultChanges)
 {
-    EXPECT_NEAR(lightness([NSColor windowBackgroundColor]), 0.925, 0.01);
-    EXPECT_EQ(lightness([NSColor textBackgroundColor]), 1);
-    EXPECT_LT(lightness([NSColor controlTextColor]), 0.2);
-    const TestWindow shown;
-    EXPECT_NEAR(lightness(pixel([shown.window() contentView], NSMakePoint(5, 5))), 0.925, 0.01);
+    NSUserDefaults *defaults = [NSUserDefaults standardUserDefaults];
+    [defaults setObject:@"/" forKey:@"NSDefaultOpenDirectory"];
+    [defaults synchronize];
+    EXPECT_EQ(pixel([shown.window() contentView], 5, 5), windowColor);
+    EXPECT_EQ(hexadecimal([NSColor textBackgroundColor]), white);
+    EXPECT_EQ(hexadecimal([NSColor controlTextColor]), "1A1A1A");
+    [defaults removeObjectForKey:@"NSDefaultOpenDirectory"];
+    [defaults synchronize];
 }
 
-TEST(Appearance, DoesNotChangeWhenADefaultChanges)
+TEST_F(Appearance, ShowsAButtonsStateAtItsOwnHeight)
 {
-    GSTheme *const theme = [GSTheme theme];
-    [[NSUserDefaults standardUserDefaults] setObject:@"/" forKey:@"NSDefaultOpenDirectory"];
-    [[NSUserDefaults standardUserDefaults] synchronize];
-    EXPECT_EQ([GSTheme theme], theme);
-    [[NSUserDefaults standardUserDefaults] removeObjectForKey:@"NSDefaultOpenDirectory"];
-    [[NSUserDefaults standardUserDefaults] synchronize];
+    const auto button = pushButton();
+    EXPECT_EQ(pixel(button.get(), 70, 1), windowColor) << "beside the button";
+    EXPECT_EQ(pixel(button.get(), 70, 7), white) << "near its edge";
+    EXPECT_EQ(pixel(button.get(), 20, 18), white);
+    [[button.get() cell] setHighlighted:YES];
+    EXPECT_EQ(pixel(button.get(), 20, 18), "DCDCDC") << "pressed";
+    [[button.get() cell] setHighlighted:NO];
+    [button.get() setKeyEquivalent:@"\r"];
+    EXPECT_EQ(pixel(button.get(), 20, 18), "1E78E6") << "the default button";
+    EXPECT_FALSE([button.get() image]) << "the button must not show a key symbol";
+    [button.get() setEnabled:NO];
+    EXPECT_EQ(pixel(button.get(), 20, 18), "F3F3F3") << "disabled";
 }
 
-TEST(Appearance, ShowsAButtonsState)
+TEST_F(Appearance, ReleasesAButtonBeforeItActs)
 {
-    ShownButton shown;
-    const double enabled = lightness(shown.colorInside());
-    EXPECT_EQ(enabled, 1);
-    [[shown.button.get() cell] setHighlighted:YES];
-    EXPECT_LT(lightness(shown.colorInside()), enabled - 0.1) << "pressed";
-    [[shown.button.get() cell] setHighlighted:NO];
-    [shown.button.get() setKeyEquivalent:@"\r"];
-    EXPECT_TRUE(isBlue(shown.colorInside())) << "the default button";
-    EXPECT_FALSE([shown.button.get() image]) << "the button must not show a key symbol";
-    [shown.button.get() setEnabled:NO];
-    EXPECT_FALSE(isBlue(shown.colorInside())) << "disabled";
-    EXPECT_LT(lightness(shown.colorInside()), enabled);
+    static bool pressed;
+    pressed = true;
+    const SwizzledMethod act(
+        [NSApplication class], @selector(hide:),
+        +[](id, SEL, NSButton *sender) { pressed = [[sender cell] isHighlighted]; });
+    const auto button = pushButton();
+    [[button.get() cell] setHighlighted:YES];
+    [button.get() sendAction:@selector(hide:) to:NSApp];
+    EXPECT_FALSE(pressed);
 }
 
-TEST(Appearance, DrawsAButtonAtItsOwnHeight)
+TEST_F(Appearance, HasSlimScrollersWithoutArrowsAndAKnobOnlyIfThereIsSomethingToScroll)
 {
-    ShownButton shown;
-    EXPECT_EQ(lightness(pixel(shown.button.get(), NSMakePoint(70, 7))), 1);
-    EXPECT_NEAR(lightness(pixel(shown.button.get(), NSMakePoint(70, 1))), 0.925, 0.01);
-}
-
-/// Records whether a button is drawn pressed during its action.
-@interface PressNoter : NSObject {
-@public
-    bool pressed;
-}
-@end
-
-@implementation PressNoter
-
-- (void)act:(NSButton *)button
-{
-    pressed = [[button cell] isHighlighted];
-}
-
-@end
-
-TEST(Appearance, ReleasesAButtonBeforeItActs)
-{
-    ShownButton shown;
-    const auto noter = adopt([[PressNoter alloc] init]);
-    noter.get()->pressed = true;
-    [shown.button.get() setTarget:noter.get()];
-    [shown.button.get() setAction:@selector(act:)];
-    [[shown.button.get() cell] setHighlighted:YES];
-    [shown.button.get() sendAction:@selector(act:) to:noter.get()];
-    EXPECT_FALSE(noter.get()->pressed);
-}
-
-TEST(Appearance, HasSlimScrollersWithoutArrows)
-{
-    const auto scroller = adopt([[NSScroller alloc] initWithFrame:NSMakeRect(0, 0, 12, 200)]);
-    EXPECT_LE([NSScroller scrollerWidth], 12);
+    const auto scroller = show(adopt([[NSScroller alloc] initWithFrame:NSMakeRect(50, 50, 12, 200)]));
     [scroller.get() setEnabled:YES];
     [scroller.get() setFloatValue:0 knobProportion:0.5];
+    EXPECT_EQ([NSScroller scrollerWidth], 12);
     EXPECT_TRUE(NSIsEmptyRect([scroller.get() rectForPart:NSScrollerIncrementLine]));
     EXPECT_TRUE(NSIsEmptyRect([scroller.get() rectForPart:NSScrollerDecrementLine]));
-}
-
-TEST(Appearance, ShowsAKnobOnlyWhenThereIsSomethingToScroll)
-{
-    const TestWindow shown;
-    const auto scroller = adopt([[NSScroller alloc] initWithFrame:NSMakeRect(50, 50, 12, 200)]);
-    [[shown.window() contentView] addSubview:scroller.get()];
-    [scroller.get() setEnabled:YES];
-    [scroller.get() setFloatValue:0 knobProportion:0.5];
-    EXPECT_LT(lightness(pixel(scroller.get(), NSMakePoint(6, 40))), 0.9);
-    EXPECT_EQ(lightness(pixel(scroller.get(), NSMakePoint(6, 190))), 1);
+    EXPECT_EQ(pixel(scroller.get(), 6, 40), "B8B8B8") << "the knob";
+    EXPECT_EQ(pixel(scroller.get(), 6, 190), white);
     [scroller.get() setFloatValue:0 knobProportion:0.98];
-    EXPECT_EQ(lightness(pixel(scroller.get(), NSMakePoint(6, 40))), 1);
+    EXPECT_EQ(pixel(scroller.get(), 6, 40), white);
 }
 
-TEST(Appearance, DrawsVectorPictures)
+TEST_F(Appearance, DrawsVectorPictures)
 {
-    const TestWindow shown;
-    const auto view = adopt([[NSImageView alloc] initWithFrame:NSMakeRect(50, 50, 16, 15)]);
+    const auto view = show(adopt([[NSImageView alloc] initWithFrame:NSMakeRect(50, 50, 16, 15)]));
     [view.get() setImage:[[NSWorkspace sharedWorkspace] iconForFile:@"/"]];
-    [[shown.window() contentView] addSubview:view.get()];
-    EXPECT_TRUE(isBlue(pixel(view.get(), NSMakePoint(8, 6)))) << "a folder";
+    EXPECT_EQ(pixel(view.get(), 8, 6), "5CA8E6") << "a folder";
 }
 
-TEST(ToolTip, ShowsItsLastWord)
+TEST_F(Appearance, ShowsTheLastWordOfAToolTip)
 {
-    const TestWindow shown;
     for (const CGFloat fontSize : { 8, 9, 10 }) {
-        const auto text = adopt([[NSAttributedString alloc]
-            initWithString:@"Run cleanup even though Quorlen 3 was not detected"
-                attributes:@ { NSFontAttributeName : [NSFont toolTipsFontOfSize:fontSize] }]);
+        NSDictionary *attributes = @ { NSFontAttributeName : [NSFont toolTipsFontOfSize:fontSize] };
+        const auto text =
+            adopt([[NSAttributedString alloc] initWithString:@"Run cleanup even though Quorlen 3 was not detected"
+                                                  attributes:attributes]);
         const NSSize size = [text.get() size];
         // Sizes the window as GNUstep does when the pointer rests. The X server rounds the size to whole pixels, which
         // may be less than the text needs.
@@ -172,13 +131,12 @@ TEST(ToolTip, ShowsItsLastWord)
         [tip.get() setFrame:NSMakeRect(100, 100, std::floor(size.width) + 4, std::floor(size.height) + 4) display:NO];
         // Shows the tip's view in another window: the tip's own window would take the focus from it.
         NSView *inTip = [tip.get() contentView];
-        const auto view = adopt([[[inTip class] alloc] initWithFrame:[inTip bounds]]);
+        const auto view = show(adopt([[[inTip class] alloc] initWithFrame:[inTip bounds]]));
         [view.get() performSelector:@selector(setText:) withObject:text.get()];
-        [[shown.window() contentView] addSubview:view.get()];
         bool inkOfLastWord = false;
         for (double y = 4; y < size.height; ++y) {
             for (double x = size.width - 8; x < size.width; ++x) {
-                inkOfLastWord |= lightness(pixel(view.get(), NSMakePoint(x, y))) < 0.6;
+                inkOfLastWord |= pixel(view.get(), x, y) < "999999";
             }
         }
         EXPECT_TRUE(inkOfLastWord) << "in size " << fontSize << " of width " << size.width;
