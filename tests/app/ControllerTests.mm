@@ -6,12 +6,30 @@
 
 #include <gtest/gtest.h>
 
+using Strings = std::vector<std::string>;
+
 namespace
 {
-std::vector<std::string> calls;
+
+Strings calls;
+
+void sendKeyPress()
+{
+    [NSApp sendEvent:[NSEvent keyEventWithType:NSKeyDown
+                                            location:NSZeroPoint
+                                       modifierFlags:0
+                                           timestamp:0
+                                        windowNumber:0
+                                             context:nil
+                                          characters:@"a"
+                         charactersIgnoringModifiers:@"a"
+                                           isARepeat:NO
+                                             keyCode:0]];
 }
 
-/// Records which operations the launch calls.
+}
+
+/// Records what the launch and the monitor's handler call.
 @interface NotingController : AppDelegate
 @end
 
@@ -23,33 +41,27 @@ std::vector<std::string> calls;
 - (void)installModifierMonitor
 {
     calls.push_back("installModifierMonitor");
+    [super installModifierMonitor];
 }
 - (void)updateDetectionStatus
 {
     calls.push_back("updateDetectionStatus");
 }
-@end
-
-/// Records what its monitor's handler calls.
-@interface WatchingController : AppDelegate
-@end
-
-@implementation WatchingController
 - (void)updateOverrideButtonVisibility
 {
     calls.push_back("updateOverrideButtonVisibility");
 }
 @end
 
-/// Records its own destruction.
+/// Records its own destruction, and sends an event to the application then.
 @interface Witness : NSObject <NSCopying> {
     std::string _name;
 }
-- (id)initWithName:(const char *)name;
+- (id)initWithName:(const std::string &)name;
 @end
 
 @implementation Witness
-- (id)initWithName:(const char *)name
+- (id)initWithName:(const std::string &)name
 {
     if ((self = [super init])) {
         _name = name;
@@ -58,98 +70,51 @@ std::vector<std::string> calls;
 }
 - (id)copyWithZone:(NSZone *)zone
 {
-    return [[Witness allocWithZone:zone] initWithName:("copy of " + _name).c_str()];
+    return [[Witness allocWithZone:zone] initWithName:"copy of " + _name];
 }
 - (void)dealloc
 {
     calls.push_back(_name);
+    sendKeyPress();
     [super dealloc];
 }
-@end
-
-/// Sends an event to the application when it is destroyed.
-@interface LateEvent : NSObject
 @end
 
 namespace
 {
 
-class Controller : public testing::Test
+/// An object of an unrelated class. The properties keep any object.
+id witness(const char *name)
 {
-protected:
-    void SetUp() override { calls.clear(); }
+    return [[[Witness alloc] initWithName:name] autorelease];
+}
 
-    /// An object of an unrelated class. The properties keep any object.
-    static id witness(const char *name) { return [[[Witness alloc] initWithName:name] autorelease]; }
+struct Controller : testing::Test {
+    const Retained<NotingController> controller = adopt([[NotingController alloc] init]);
 
-    const Retained<AppDelegate> controller = adopt([[AppDelegate alloc] init]);
+    Controller() { calls.clear(); }
 };
 
-NSEvent *keyDown(NSString *characters)
-{
-    return [NSEvent keyEventWithType:NSKeyDown
-                            location:NSZeroPoint
-                       modifierFlags:0
-                           timestamp:0
-                        windowNumber:0
-                             context:nil
-                          characters:characters
-         charactersIgnoringModifiers:characters
-                           isARepeat:NO
-                             keyCode:0];
 }
-
-}
-
-@implementation LateEvent
-- (void)dealloc
-{
-    [NSApp sendEvent:keyDown(@"a")];
-    [super dealloc];
-}
-@end
 
 TEST_F(Controller, StartsEmpty)
 {
-    EXPECT_EQ([controller.get() window], nil);
-    EXPECT_EQ([controller.get() statusLabel], nil);
-    EXPECT_EQ([controller.get() removeButton], nil);
-    EXPECT_EQ([controller.get() overrideButton], nil);
-    EXPECT_EQ([controller.get() restoreLicenseButton], nil);
-    EXPECT_EQ([controller.get() logView], nil);
-    EXPECT_EQ([controller.get() lastBackupPath], nil);
+    for (NSString *property in @[
+             @"window", @"statusLabel", @"removeButton", @"overrideButton", @"restoreLicenseButton", @"logView",
+             @"lastBackupPath", @"modifierMonitor"
+         ]) {
+        EXPECT_EQ([controller.get() valueForKey:property], nil) << utf8(property);
+    }
     EXPECT_FALSE([controller.get() quorlenDetected]);
-    EXPECT_EQ([controller.get() modifierMonitor], nil);
 }
 
-TEST_F(Controller, RetainsTheNewObjectAndReleasesTheOldOne)
+TEST_F(Controller, OwnsItsObjectsAndReleasesThemInReverseOrderUnseenByItsMonitor)
 {
-    @autoreleasepool {
-        [controller.get() setModifierMonitor:witness("first")];
-        [controller.get() setWindow:witness("window")];
-    }
-    EXPECT_TRUE(calls.empty()) << "the old object is still retained after the pool";
-
-    @autoreleasepool {
-        [controller.get() setModifierMonitor:witness("second")];
-        [controller.get() setWindow:nil];
-    }
-    EXPECT_EQ(calls, (std::vector<std::string> { "first", "window" }));
-}
-
-TEST_F(Controller, KeepsItsOwnCopyOfTheBackupPath)
-{
-    NSMutableString *path = [NSMutableString stringWithString:@"/Users/ann/Desktop/a.zip"];
-    [controller.get() setLastBackupPath:path];
-
-    [path setString:@"changed"];
-
-    EXPECT_EQ(utf8([controller.get() lastBackupPath]), "/Users/ann/Desktop/a.zip");
-}
-
-TEST_F(Controller, ReleasesItsObjectsInReverseOrderOfDeclaration)
-{
-    AppDelegate *other = [[AppDelegate alloc] init];
+    AppDelegate *other = [[NotingController alloc] init];
+    [other installModifierMonitor];
+    const auto monitor = Retained<NSObject>::sharing([other modifierMonitor]);
+    sendKeyPress();
+    EXPECT_EQ(calls, (Strings { "installModifierMonitor", "updateOverrideButtonVisibility" }));
     @autoreleasepool {
         [other setWindow:witness("window")];
         [other setStatusLabel:witness("statusLabel")];
@@ -159,23 +124,29 @@ TEST_F(Controller, ReleasesItsObjectsInReverseOrderOfDeclaration)
         [other setLogView:witness("logView")];
         [other setLastBackupPath:witness("lastBackupPath")];
         [other setModifierMonitor:witness("modifierMonitor")];
+        calls.clear();
     }
+    EXPECT_EQ(calls, (Strings { "lastBackupPath", "updateOverrideButtonVisibility" })) << "it keeps a copy of the path";
+    calls.clear();
+    [other setStatusLabel:nil];
+    EXPECT_EQ(calls, (Strings { "statusLabel", "updateOverrideButtonVisibility" })) << "it releases what it held";
     calls.clear();
 
     [other release];
 
+    sendKeyPress();
     EXPECT_EQ(calls,
-        (std::vector<std::string> { "modifierMonitor", "copy of lastBackupPath", "logView", "restoreLicenseButton",
-            "overrideButton", "removeButton", "statusLabel", "window" }));
+        (Strings { "modifierMonitor", "copy of lastBackupPath", "logView", "restoreLicenseButton", "overrideButton",
+            "removeButton", "window" }));
+    [NSEvent removeMonitor:monitor.get()];
 }
 
 TEST_F(Controller, LaunchBuildsTheWindowThenTheMonitorThenScans)
 {
-    const auto noting = adopt([[NotingController alloc] init]);
+    [controller.get() applicationDidFinishLaunching:nil];
 
-    [noting.get() applicationDidFinishLaunching:nil];
-
-    EXPECT_EQ(calls, (std::vector<std::string> { "buildWindow", "installModifierMonitor", "updateDetectionStatus" }));
+    EXPECT_EQ(calls, (Strings { "buildWindow", "installModifierMonitor", "updateDetectionStatus" }));
+    [controller.get() applicationWillTerminate:nil];
 }
 
 TEST_F(Controller, ClosingTheWindowQuits)
@@ -183,61 +154,21 @@ TEST_F(Controller, ClosingTheWindowQuits)
     EXPECT_TRUE([controller.get() applicationShouldTerminateAfterLastWindowClosed:NSApp]);
 }
 
-TEST_F(Controller, TerminationRemovesTheMonitorAndClearsTheProperty)
+TEST_F(Controller, TerminationRemovesItsMonitorOnce)
 {
-    const auto watching = adopt([[WatchingController alloc] init]);
-    [watching.get() installModifierMonitor];
-    [NSApp sendEvent:keyDown(@"a")];
-    ASSERT_EQ(calls, std::vector<std::string> { "updateOverrideButtonVisibility" });
-
-    [watching.get() applicationWillTerminate:nil];
-    EXPECT_EQ([watching.get() modifierMonitor], nil);
-    [watching.get() applicationWillTerminate:nil];
-    [NSApp sendEvent:keyDown(@"b")];
-
-    EXPECT_EQ(calls.size(), 1u) << "the monitor was still there";
-}
-
-TEST_F(Controller, TerminationWithoutAMonitorRemovesNone)
-{
-    static int removals;
-    removals = 0;
+    static std::vector<id> removed;
+    removed.clear();
     const SwizzledMethod remove(
-        object_getClass([NSEvent class]), @selector(removeMonitor:), +[](id, SEL, id) { ++removals; });
+        object_getClass([NSEvent class]), @selector(removeMonitor:),
+        +[](id, SEL, id monitor) { removed.push_back(monitor); });
 
     [controller.get() applicationWillTerminate:nil];
-    EXPECT_EQ(removals, 0);
+    EXPECT_EQ(removed, std::vector<id>()) << "there is no monitor";
 
-    [controller.get() setModifierMonitor:witness("monitor")];
+    id monitor = witness("monitor");
+    [controller.get() setModifierMonitor:monitor];
     [controller.get() applicationWillTerminate:nil];
-    EXPECT_EQ(removals, 1);
-}
-
-TEST_F(Controller, TheMonitorDoesNotCallAControllerThatIsBeingDestroyed)
-{
-    AppDelegate *watching = [[WatchingController alloc] init];
-    [watching installModifierMonitor];
-    const auto monitor = Retained<NSObject>::sharing([watching modifierMonitor]);
-    @autoreleasepool {
-        [watching setModifierMonitor:[[[LateEvent alloc] init] autorelease]];
-    }
-
-    [watching release];
-
-    EXPECT_TRUE(calls.empty());
-    [NSEvent removeMonitor:monitor.get()];
-}
-
-TEST_F(Controller, TheMonitorDoesNotKeepTheControllerAlive)
-{
-    AppDelegate *watching = [[WatchingController alloc] init];
-    [watching installModifierMonitor];
-    const auto monitor = Retained<NSObject>::sharing([watching modifierMonitor]);
-    ASSERT_EQ([watching retainCount], 1u);
-
-    [watching release];
-    [NSApp sendEvent:keyDown(@"a")];
-
-    EXPECT_TRUE(calls.empty());
-    [NSEvent removeMonitor:monitor.get()];
+    [controller.get() applicationWillTerminate:nil];
+    EXPECT_EQ(removed, std::vector { monitor });
+    EXPECT_EQ([controller.get() modifierMonitor], nil);
 }
