@@ -83,11 +83,9 @@ void sendKeyPress()
 namespace
 {
 
-/// An object of an unrelated class. The properties keep any object.
-id witness(const char *name)
-{
-    return [[[Witness alloc] initWithName:name] autorelease];
-}
+/// The properties that hold an object, in the order of their declaration. They keep an object of any class.
+const Strings properties { "window", "statusLabel", "removeButton", "overrideButton", "restoreLicenseButton", "logView",
+    "lastBackupPath", "modifierMonitor" };
 
 struct Controller : testing::Test {
     const Retained<NotingController> controller = adopt([[NotingController alloc] init]);
@@ -99,11 +97,8 @@ struct Controller : testing::Test {
 
 TEST_F(Controller, StartsEmpty)
 {
-    for (NSString *property in @[
-             @"window", @"statusLabel", @"removeButton", @"overrideButton", @"restoreLicenseButton", @"logView",
-             @"lastBackupPath", @"modifierMonitor"
-         ]) {
-        EXPECT_EQ([controller.get() valueForKey:property], nil) << utf8(property);
+    for (const std::string &property : properties) {
+        EXPECT_EQ([controller.get() valueForKey:ns(property)], nil) << property;
     }
     EXPECT_FALSE([controller.get() quorlenDetected]);
 }
@@ -116,20 +111,15 @@ TEST_F(Controller, OwnsItsObjectsAndReleasesThemInReverseOrderUnseenByItsMonitor
     sendKeyPress();
     EXPECT_EQ(calls, (Strings { "installModifierMonitor", "updateOverrideButtonVisibility" }));
     @autoreleasepool {
-        [other setWindow:witness("window")];
-        [other setStatusLabel:witness("statusLabel")];
-        [other setRemoveButton:witness("removeButton")];
-        [other setOverrideButton:witness("overrideButton")];
-        [other setRestoreLicenseButton:witness("restoreLicenseButton")];
-        [other setLogView:witness("logView")];
-        [other setLastBackupPath:witness("lastBackupPath")];
-        [other setModifierMonitor:witness("modifierMonitor")];
+        for (const std::string &property : properties) {
+            [other setValue:[[[Witness alloc] initWithName:property] autorelease] forKey:ns(property)];
+        }
         calls.clear();
     }
     EXPECT_EQ(calls, (Strings { "lastBackupPath", "updateOverrideButtonVisibility" })) << "it keeps a copy of the path";
     calls.clear();
-    [other setStatusLabel:nil];
-    EXPECT_EQ(calls, (Strings { "statusLabel", "updateOverrideButtonVisibility" })) << "it releases what it held";
+    [other setValue:adopt([[Witness alloc] initWithName:"new statusLabel"]).get() forKey:@"statusLabel"];
+    EXPECT_EQ(calls, (Strings { "statusLabel", "updateOverrideButtonVisibility" })) << "it releases the old object";
     calls.clear();
 
     [other release];
@@ -137,7 +127,7 @@ TEST_F(Controller, OwnsItsObjectsAndReleasesThemInReverseOrderUnseenByItsMonitor
     sendKeyPress();
     EXPECT_EQ(calls,
         (Strings { "modifierMonitor", "copy of lastBackupPath", "logView", "restoreLicenseButton", "overrideButton",
-            "removeButton", "window" }));
+            "removeButton", "new statusLabel", "window" }));
     [NSEvent removeMonitor:monitor.get()];
 }
 
@@ -165,10 +155,10 @@ TEST_F(Controller, TerminationRemovesItsMonitorOnce)
     [controller.get() applicationWillTerminate:nil];
     EXPECT_EQ(removed, std::vector<id>()) << "there is no monitor";
 
-    id monitor = witness("monitor");
-    [controller.get() setModifierMonitor:monitor];
+    const auto monitor = adopt([[NSObject alloc] init]);
+    [controller.get() setModifierMonitor:monitor.get()];
     [controller.get() applicationWillTerminate:nil];
     [controller.get() applicationWillTerminate:nil];
-    EXPECT_EQ(removed, std::vector { monitor });
+    EXPECT_EQ(removed, std::vector<id> { monitor.get() });
     EXPECT_EQ([controller.get() modifierMonitor], nil);
 }
