@@ -2,10 +2,7 @@
 
 #import "app/AppDelegate+ActivityLog.h"
 #import "detection/AppDelegate+DetectionStatus.h"
-#import "detection/AppDelegate+KnownLocations.h"
-#import "licence/AppDelegate+LicenceBackup.h"
 #import "removal/AppDelegate+CleanupScript.h"
-#import "removal/AppDelegate+Completion.h"
 #import "tests/support/AlertAnswers.hpp"
 #import "tests/support/RoomTest.hpp"
 #import "tests/support/SwizzledMethod.hpp"
@@ -30,45 +27,15 @@ Strings events;
 }
 @end
 
-/// Records each call and passes it on.
+/// Records each log line.
 @interface NotingController : AppDelegate
 @end
 
 @implementation NotingController
-- (NSArray<NSString *> *)existingQuorlenPaths
-{
-    events.push_back("existingQuorlenPaths");
-    return [super existingQuorlenPaths];
-}
 - (void)appendLog:(NSString *)message
 {
     events.push_back("log: " + utf8(message));
     [super appendLog:message];
-}
-- (void)backupLicenceIfPresent
-{
-    events.push_back("backupLicenceIfPresent");
-    [super backupLicenceIfPresent];
-}
-- (NSString *)cleanupShellScript
-{
-    events.push_back("cleanupShellScript");
-    return [super cleanupShellScript];
-}
-- (void)writeRemovalLogToDesktop
-{
-    events.push_back("writeRemovalLogToDesktop");
-    [super writeRemovalLogToDesktop];
-}
-- (void)showCompletionWithSuccess:(BOOL)success
-{
-    events.push_back(success ? "showCompletionWithSuccess:YES" : "showCompletionWithSuccess:NO");
-    [super showCompletionWithSuccess:success];
-}
-- (void)updateDetectionStatus
-{
-    events.push_back("updateDetectionStatus");
-    [super updateDetectionStatus];
 }
 @end
 
@@ -114,45 +81,42 @@ protected:
     void installLicence() { write(licence(), "the licence"); }
     void scan() { [controller.get() updateDetectionStatus]; }
     void remove() { [controller.get() removeQuorlen3:nil]; }
-    void removeWithoutRestart()
-    {
-        AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
-        remove();
-    }
     void override() { [controller.get() overrideRemoveQuorlen3:nil]; }
 
-    /// Expects that a run fails and that its log line shows this error.
+    /// All that a cancelled confirmation must not change.
+    auto state() const
+    {
+        return std::tuple(
+            log(), statusLine(), enabled(), filesOfTheToolOnTheDesktop(), temporaryFolders(), fs::exists(licence()));
+    }
+
+    /// Expects that a run fails and that the error in its log line starts like this.
     void expectFailedRun(const std::string &error)
     {
         installLicence();
         scan();
-        const auto before = newLines().size();
-        Strings reported;
+        const auto before = log();
+        std::string logWhileReporting;
         std::pair<bool, bool> enabledWhileReporting;
-        AlertAnswers answers({ "Remove Quorlen 3", "OK" }, [&](std::size_t panel) {
-            if (panel == 1) {
-                reported = newLines();
-                enabledWhileReporting = enabled();
-            }
+        AlertAnswers answers({ "Remove Quorlen 3", "OK" }, [&](std::size_t) {
+            logWhileReporting = log();
+            enabledWhileReporting = enabled();
         });
 
         remove();
 
         EXPECT_EQ(answers.seen(), (std::vector { confirmation, failureAlert }));
-        reported.erase(reported.begin(), reported.begin() + static_cast<std::ptrdiff_t>(before));
-        ASSERT_GE(reported.size(), 4u);
-        EXPECT_EQ(Strings(reported.begin(), reported.begin() + 3),
-            (Strings { "Starting Quorlen 3 removal...", "License detected.",
-                "License backup created: " + onlyArchive().string() }));
-        EXPECT_NE(log().find("Removal encountered an error: " + error), std::string::npos) << log();
+        const auto archive = onlyArchive();
+        EXPECT_TRUE(logWhileReporting.starts_with(before + "Starting Quorlen 3 removal...\nLicense detected.\n" +
+            "License backup created: " + archive.string() + "\nRemoval encountered an error: " + error))
+            << logWhileReporting;
+        EXPECT_EQ(log(), logWhileReporting + "Detected 1 Quorlen 3 item(s).\nLicense detected.\n");
         EXPECT_EQ(enabledWhileReporting, std::pair(false, false));
-
-        EXPECT_EQ(contents(licence()), "the licence") << "the product must stay";
-        EXPECT_EQ(licenceInside(onlyArchive()), "the licence");
-        EXPECT_EQ(filesOfTheToolOnTheDesktop().size(), 1u) << "no log file after a failure";
         EXPECT_EQ(enabled(), std::pair(true, true));
         EXPECT_EQ(statusLine(), "Quorlen 3 detected. 1 related item(s) found. License detected.");
-        EXPECT_TRUE(log().ends_with("\nDetected 1 Quorlen 3 item(s).\nLicense detected.\n")) << log();
+        EXPECT_EQ(contents(licence()), "the licence") << "the product must stay";
+        EXPECT_EQ(licenceInside(archive), "the licence");
+        EXPECT_EQ(filesOfTheToolOnTheDesktop().size(), 1u) << "no log file after a failure";
     }
 };
 
@@ -180,8 +144,9 @@ private:
 
 }
 
-TEST_F(RemovalFlow, RemovesTheProductKeepsTheLicenceAndLogsEachStep)
+TEST_F(RemovalFlow, RemovesTheProductAndSavesTheLicenceAndTheLog)
 {
+    scan(); // The product appears after the last scan.
     stage({ "plant", "--no-agent", "--no-daemon" });
     const auto installedLicence = contents(licence());
     AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
@@ -192,178 +157,92 @@ TEST_F(RemovalFlow, RemovesTheProductKeepsTheLicenceAndLogsEachStep)
     for (const auto &location : locations()) {
         EXPECT_FALSE(fs::exists(location)) << location;
     }
-    EXPECT_EQ(licenceInside(onlyArchive()), installedLicence);
+    const auto archive = onlyArchive();
+    EXPECT_EQ(licenceInside(archive), installedLicence);
     EXPECT_EQ(newLines(),
-        (Strings { "Starting Quorlen 3 removal...", "License detected.",
-             "License backup created: " + onlyArchive().string(), "Quorlen 3 removal completed." } +
-            nothingFoundLines));
+        nothingFoundLines +
+            (Strings { "Starting Quorlen 3 removal...", "License detected.",
+                 "License backup created: " + archive.string(), "Quorlen 3 removal completed." } +
+                nothingFoundLines));
+    ASSERT_EQ(filesOfTheToolOnTheDesktop().size(), 2u);
+    const auto logFile = contents(desktop() / filesOfTheToolOnTheDesktop().front());
+    EXPECT_TRUE(log().starts_with(logFile));
+    EXPECT_TRUE(logFile.ends_with("\nQuorlen 3 removal completed.\n")) << logFile;
     EXPECT_EQ(statusLine(), "Quorlen 3 was not detected.");
     EXPECT_FALSE([controller.get() quorlenDetected]);
     EXPECT_EQ(enabled(), std::pair(false, true));
-}
-
-TEST_F(RemovalFlow, WithNothingInstalledShowsTheNotDetectedAlertThenScans)
-{
-    std::string statusBehindTheAlert;
-    Strings linesBehindTheAlert;
-    AlertAnswers answers({ "OK" }, [&](std::size_t) {
-        statusBehindTheAlert = statusLine();
-        linesBehindTheAlert = newLines();
-    });
-
-    remove();
-
-    EXPECT_EQ(answers.seen(), std::vector { notDetectedAlert });
-    EXPECT_EQ(statusBehindTheAlert, "Checking for Quorlen 3...") << "the scan must come after the alert";
-    EXPECT_EQ(linesBehindTheAlert, Strings());
-    EXPECT_EQ(statusLine(), "Quorlen 3 was not detected.");
-    EXPECT_EQ(newLines(), nothingFoundLines);
-    EXPECT_EQ(enabled(), std::pair(false, true));
-    EXPECT_EQ(filesOfTheToolOnTheDesktop(), Strings());
 }
 
 TEST_F(RemovalFlow, NoticesThatTheProductVanishedSinceTheLastScan)
 {
     installSomethingSmall();
     scan();
-    ASSERT_TRUE(enabled().first);
     fs::remove_all(locations()[10]);
-    AlertAnswers answers({ "OK" });
+    const auto before = state();
+    AlertAnswers answers({ "OK" }, [&](std::size_t) { EXPECT_EQ(state(), before) << "the alert comes first"; });
 
     remove();
 
     EXPECT_EQ(answers.seen(), std::vector { notDetectedAlert });
+    EXPECT_EQ(statusLine(), "Quorlen 3 was not detected.");
     EXPECT_EQ(newLines(), Strings { "Detected 1 Quorlen 3 item(s)." } + nothingFoundLines);
     EXPECT_EQ(enabled(), std::pair(false, true));
-}
-
-TEST_F(RemovalFlow, NoticesThatTheProductAppearedSinceTheLastScan)
-{
-    scan();
-    ASSERT_FALSE([controller.get() quorlenDetected]);
-    installSomethingSmall();
-    AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
-
-    remove();
-
-    EXPECT_EQ(answers.seen(), (std::vector { confirmation, successAlert }));
-    EXPECT_FALSE(fs::exists(locations()[10]));
-}
-
-TEST_F(RemovalFlow, CancellingAConfirmationChangesNothing)
-{
-    installLicence();
-    scan();
-    const auto lines = newLines();
-    const auto status = statusLine();
-    {
-        AlertAnswers answers({ "Cancel", "Cancel" });
-        remove();
-        override();
-        EXPECT_EQ(answers.seen(), (std::vector { confirmation, overrideConfirmation }));
-    }
-    EXPECT_EQ(newLines(), lines);
-    EXPECT_EQ(statusLine(), status);
-    EXPECT_EQ(enabled(), std::pair(true, true));
     EXPECT_EQ(filesOfTheToolOnTheDesktop(), Strings());
-    EXPECT_EQ(temporaryFolders(), Strings());
-    EXPECT_EQ(contents(licence()), "the licence");
-}
-
-TEST_F(RemovalFlow, CancellingTheOverrideLeavesTheRemoveButtonDisabled)
-{
-    scan();
-    AlertAnswers answers({ "Cancel" });
-
-    override();
-
-    EXPECT_EQ(answers.seen(), std::vector { overrideConfirmation });
-    EXPECT_EQ(enabled(), std::pair(false, true));
-    EXPECT_EQ(newLines(), nothingFoundLines);
 }
 
 TEST_F(RemovalFlow, GoesOnOnlyIfAnAlertReturnsTheFirstButtonsCode)
 {
     static NSInteger code;
     const SwizzledMethod alert([NSAlert class], @selector(runModal), +[](id, SEL) { return code; });
-    installLicence();
 
-    for (const NSInteger other : { 1001, 1002, 999, 1, 0, -1, -1000, -1001 }) {
-        code = other;
-        remove();
-        override();
-        EXPECT_EQ(newLines(), Strings()) << other;
-        EXPECT_EQ(contents(licence()), "the licence") << other;
+    for (const bool installed : { false, true }) {
+        if (installed) {
+            installLicence();
+        }
+        scan();
+        const auto before = state();
+        for (const NSInteger other : { 1001, 1002, 999, 1, 0, -1, -1000, -1001 }) {
+            code = other;
+            override();
+            if (installed) {
+                remove();
+            }
+            EXPECT_EQ(state(), before) << other;
+        }
     }
 }
 
-TEST_F(RemovalFlow, OverrideRunsIfNothingIsInstalled)
-{
-    AlertAnswers answers({ "Run Cleanup", "Restart Later" });
-
-    override();
-
-    EXPECT_EQ(answers.seen(), (std::vector { overrideConfirmation, successAlert }));
-    EXPECT_EQ(newLines(),
-        (Strings {
-             "Starting override cleanup...", "No license file found to back up.", "Quorlen 3 removal completed." } +
-            nothingFoundLines));
-    EXPECT_EQ(enabled(), std::pair(false, true));
-}
-
-TEST_F(RemovalFlow, OverrideWithTheProductInstalledStillSaysNotDetectedAndRemovesAll)
+TEST_F(RemovalFlow, OverrideRunsWhetherOrNotTheProductIsInstalled)
 {
     stage({ "plant", "--locations", "1,3,6,11", "--no-agent", "--no-daemon" });
     scan();
-    ASSERT_TRUE([controller.get() quorlenDetected]);
-    AlertAnswers answers({ "Run Cleanup", "Restart Later" });
+    AlertAnswers answers({ "Run Cleanup", "Restart Later", "Run Cleanup", "Restart Later" });
 
     override();
+    override();
 
-    EXPECT_EQ(answers.seen(), (std::vector { overrideConfirmation, successAlert }));
-    for (const auto &location : locations()) {
-        EXPECT_FALSE(fs::exists(location)) << location;
-    }
+    EXPECT_EQ(answers.seen(), (std::vector { overrideConfirmation, successAlert, overrideConfirmation, successAlert }));
+    const auto run = Strings {
+        "Starting override cleanup...", "No license file found to back up.", "Quorlen 3 removal completed."
+    } + nothingFoundLines;
+    EXPECT_EQ(newLines(), Strings { "Detected 4 Quorlen 3 item(s)." } + run + run);
+    EXPECT_EQ(enabled(), std::pair(false, true));
 }
 
-TEST_F(RemovalFlow, GoesOnWithoutALicence)
+TEST_F(RemovalFlow, GoesOnWhenNeitherTheBackupNorTheLogCanBeSaved)
 {
-    installSomethingSmall();
-
-    removeWithoutRestart();
-
-    EXPECT_FALSE(fs::exists(locations()[10]));
-    EXPECT_EQ(newLines(),
-        (Strings {
-             "Starting Quorlen 3 removal...", "No license file found to back up.", "Quorlen 3 removal completed." } +
-            nothingFoundLines));
-}
-
-TEST_F(RemovalFlow, GoesOnWhenTheBackupFails)
-{
-    const Archiver failing("fails");
+    const Desktop readOnly("read-only");
     installLicence();
+    AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
 
-    removeWithoutRestart();
+    remove();
 
-    EXPECT_FALSE(fs::exists(licence()));
+    EXPECT_EQ(answers.seen(), (std::vector { confirmation, successAlert }));
     EXPECT_EQ(newLines(),
         (Strings { "Starting Quorlen 3 removal...", "License detected.", "License backup was not created.",
              "Quorlen 3 removal completed." } +
             nothingFoundLines));
-}
-
-TEST_F(RemovalFlow, GoesOnWhenTheBackupIsSkipped)
-{
-    const Archiver missing("missing");
-    installLicence();
-
-    removeWithoutRestart();
-
-    EXPECT_FALSE(fs::exists(licence()));
-    ASSERT_EQ(newLines().size(), 6u);
-    EXPECT_TRUE(newLines()[2].starts_with("License backup skipped: "));
-    EXPECT_EQ(newLines()[3], "Quorlen 3 removal completed.");
+    EXPECT_EQ(filesOfTheToolOnTheDesktop(), Strings());
 }
 
 TEST_F(RemovalFlow, RefusedRightsKeepTheProductTheArchiveAndTheButtonsAndWriteNoLogFile)
@@ -374,116 +253,34 @@ TEST_F(RemovalFlow, RefusedRightsKeepTheProductTheArchiveAndTheButtonsAndWriteNo
     EXPECT_NE(log().find("-128"), std::string::npos);
 }
 
-TEST_F(RemovalFlow, ADismissedPromptIsAFailureLikeARefusal)
-{
-    const Staged dismissed({ "rights", "dismissed" }, { "rights", "granted" });
-    expectFailedRun("{");
-    EXPECT_NE(log().find("User canceled."), std::string::npos);
-}
-
-TEST_F(RemovalFlow, AShellThatFailsIsAFailureLikeARefusal)
-{
-    const SwizzledMethod script(
-        [AppDelegate class], @selector(cleanupShellScript),
-        +[](id, SEL) { return @"echo the words of the shell >&2; exit 3"; });
-    expectFailedRun("{");
-    EXPECT_NE(log().find("the words of the shell"), std::string::npos);
-}
-
 TEST_F(RemovalFlow, AScriptObjectThatCannotBeMadeIsAFailureWithAnEmptyRecord)
 {
     const NoScripts none;
     expectFailedRun(utf8([[NSDictionary dictionary] description]) + "\n");
-}
-
-TEST_F(RemovalFlow, RemovesTheProductOnceTheRightsAreGranted)
-{
-    installLicence();
-    {
-        const RightsRefused refused;
-        AlertAnswers answers({ "Remove Quorlen 3", "OK" });
-        remove();
-        ASSERT_TRUE(fs::exists(licence()));
-    }
-    AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" });
-
-    remove();
-
-    EXPECT_FALSE(fs::exists(licence()));
-    EXPECT_EQ(enabled(), std::pair(false, true));
-    EXPECT_TRUE(filesOfTheToolOnTheDesktop().front().starts_with("Quorlen-3-Removal-Log-"));
+    NSString *literal = [controller.get() appleScriptQuotedString:[controller.get() cleanupShellScript]];
+    EXPECT_EQ(none.source(), "do shell script " + utf8(literal) + " with administrator privileges");
 }
 
 TEST_F(OrderOfARemoval, WithRightsGranted)
 {
-    AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" },
-        [](std::size_t panel) { events.push_back("alert " + std::to_string(panel)); });
+    AlertAnswers answers({ "Remove Quorlen 3", "Restart Later" }, [](std::size_t) {
+        events.push_back("an alert over a Desktop with files: " + std::to_string(filesOfTheToolOnTheDesktop().size()));
+    });
 
     remove();
 
     EXPECT_EQ(events,
         (Strings {
-            "existingQuorlenPaths",
-            "alert 0",
+            "an alert over a Desktop with files: 0",
             "Remove disabled",
             "Override disabled",
             "log: Starting Quorlen 3 removal...",
-            "backupLicenceIfPresent",
             "log: No license file found to back up.",
-            "cleanupShellScript",
             "log: Quorlen 3 removal completed.",
-            "writeRemovalLogToDesktop",
-            "showCompletionWithSuccess:YES",
-            "alert 1",
+            "an alert over a Desktop with files: 1",
             "Override enabled",
-            "updateDetectionStatus",
-            "existingQuorlenPaths",
             "Remove disabled",
             "log: " + nothingFoundLines[0],
             "log: " + nothingFoundLines[1],
         }));
-}
-
-TEST_F(OrderOfARemoval, WithRightsRefused)
-{
-    const RightsRefused refused;
-    AlertAnswers answers(
-        { "Run Cleanup", "OK" }, [](std::size_t panel) { events.push_back("alert " + std::to_string(panel)); });
-
-    override();
-
-    ASSERT_EQ(events.size(), 16u);
-    EXPECT_TRUE(events[8].starts_with("log: Removal encountered an error: "));
-    events.erase(events.begin() + 8);
-    EXPECT_EQ(events,
-        (Strings {
-            "existingQuorlenPaths",
-            "alert 0",
-            "Remove disabled",
-            "Override disabled",
-            "log: Starting override cleanup...",
-            "backupLicenceIfPresent",
-            "log: No license file found to back up.",
-            "cleanupShellScript",
-            "showCompletionWithSuccess:NO",
-            "alert 1",
-            "Override enabled",
-            "updateDetectionStatus",
-            "existingQuorlenPaths",
-            "Remove enabled",
-            "log: Detected 1 Quorlen 3 item(s).",
-        }));
-}
-
-TEST_F(RemovalFlow, GivesTheScriptRunnerTheWholeScriptInOneLiteral)
-{
-    const NoScripts none;
-    AlertAnswers answers({ "Run Cleanup", "OK" });
-
-    override();
-
-    EXPECT_TRUE(none.source().starts_with("do shell script \"set -e\\n/bin/launchctl stop ")) << none.source();
-    EXPECT_TRUE(none.source().ends_with(" || true\\nexit 0\" with administrator privileges")) << none.source();
-    NSString *literal = [controller.get() appleScriptQuotedString:[controller.get() cleanupShellScript]];
-    EXPECT_EQ(none.source(), "do shell script " + utf8(literal) + " with administrator privileges");
 }
