@@ -8,30 +8,12 @@
 
 #include <gtest/gtest.h>
 
-/// Records the key presses and mouse moves that reach it as the window's first responder.
-@interface NotingView : NSView {
-@public
-    std::vector<NSEvent *> _seen; // Owned by the event queue's pool: compare, don't message.
-}
-@end
-
-@implementation NotingView
-- (BOOL)acceptsFirstResponder
-{
-    return YES;
-}
-- (void)keyDown:(NSEvent *)event
-{
-    _seen.push_back(event);
-}
-- (void)mouseMoved:(NSEvent *)event
-{
-    _seen.push_back(event);
-}
-@end
-
 namespace
 {
+
+using Titles = std::vector<std::string>;
+const Titles removeButton { "Remove Quorlen 3" };
+const Titles overrideButton { "Override Cleanup" };
 
 class OverrideReveal : public testing::Test
 {
@@ -42,12 +24,22 @@ protected:
         controller = new Retained<AppDelegate>(adopt([[AppDelegate alloc] init]));
         [it() buildWindow];
         [it() installModifierMonitor];
+        AppDelegate *gone = [[AppDelegate alloc] init];
+        [gone installModifierMonitor];
+        [gone release];
+        // Monitors see an event in the order of their installation, if the earlier ones pass it on.
+        laterMonitor = [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown | NSEventMaskMouseMoved
+                                                             handler:^NSEvent *(NSEvent *event) {
+                                                                 passedOn.push_back(event);
+                                                                 return nil;
+                                                             }];
         [[it() window] setAcceptsMouseMovedEvents:YES];
         ASSERT_TRUE(handleEventsUntil([] { return focusedTitle() == utf8([[it() window] title]) + "\n"; }));
     }
     static void TearDownTestSuite()
     {
         [it() applicationWillTerminate:nil];
+        [NSEvent removeMonitor:laterMonitor];
         [[it() window] close];
         delete controller;
     }
@@ -61,29 +53,35 @@ protected:
     }
 
     static AppDelegate *it() { return controller->get(); }
-    static bool removeShown() { return ![[it() removeButton] isHidden]; }
-    static bool overrideShown() { return ![[it() overrideButton] isHidden]; }
+    /// The titles of the two removal buttons, as far as they are shown.
+    static Titles shown()
+    {
+        Titles titles;
+        for (NSButton *button in @[ [it() removeButton], [it() overrideButton] ]) {
+            if (![button isHidden]) {
+                titles.push_back(utf8([button title]));
+            }
+        }
+        return titles;
+    }
+    /// Handles events until only this button is shown.
+    static void expectSoon(const Titles &titles)
+    {
+        EXPECT_TRUE(handleEventsUntil([&] { return shown() == titles; })) << testing::PrintToString(shown());
+    }
+    /// What Shift must not change.
+    static auto state()
+    {
+        return std::tuple([[it() removeButton] isEnabled], [[it() overrideButton] isEnabled],
+            utf8([[it() statusLabel] stringValue]), utf8([[it() logView] string]));
+    }
     static std::string focusedTitle() { return run({ "xdotool", "getwindowfocus", "getwindowname" }).output; }
-    /// A view that is the window's first responder.
-    static NotingView *addNotingView()
-    {
-        NotingView *view = [[[NotingView alloc] initWithFrame:NSMakeRect(0, 0, 560, 430)] autorelease];
-        [[[it() window] contentView] addSubview:view];
-        [[it() window] makeFirstResponder:view];
-        return view;
-    }
-    static void removeNotingView(NotingView *view)
-    {
-        [[it() window] makeFirstResponder:nil];
-        [view removeFromSuperview];
-    }
     /// Presses a marker key and handles events until it arrives. All earlier key presses are handled then.
     static void handleEverythingPressed()
     {
-        NotingView *view = addNotingView();
+        passedOn.clear();
         run({ "xdotool", "key", "a" });
-        EXPECT_TRUE(handleEventsUntil([view] { return !view->_seen.empty(); }));
-        removeNotingView(view);
+        EXPECT_TRUE(handleEventsUntil([] { return !passedOn.empty(); }));
     }
     /// A synthetic mouse move.
     static NSEvent *mouseMoved()
@@ -100,6 +98,9 @@ protected:
     }
 
     static Retained<AppDelegate> *controller;
+    static inline id laterMonitor;
+    /// The key presses and mouse moves that the controller's monitor passed on.
+    static inline std::vector<NSEvent *> passedOn; // Owned by the event queue's pool: compare, don't message.
     const std::filesystem::path planted = home() / "Library/Logs/Quorlen";
 };
 
@@ -107,53 +108,46 @@ Retained<AppDelegate> *OverrideReveal::controller;
 
 }
 
-TEST_F(OverrideReveal, ShowsTheOverrideInsteadOfTheRemoveButtonWhileShiftIsHeld)
+TEST_F(OverrideReveal, DependsOnEitherShiftKeyAndOnNoOtherModifier)
 {
-    for (const char *shift : { "Shift_L", "Shift_R" }) {
-        EXPECT_TRUE(removeShown());
-        EXPECT_FALSE(overrideShown());
-
-        run({ "xdotool", "keydown", shift });
-        EXPECT_TRUE(handleEventsUntil([] { return overrideShown(); })) << shift;
-        EXPECT_FALSE(removeShown());
-
-        run({ "xdotool", "keyup", shift });
-        EXPECT_TRUE(handleEventsUntil([] { return !overrideShown(); })) << shift;
-        EXPECT_TRUE(removeShown());
-    }
-}
-
-TEST_F(OverrideReveal, ChangesNothingWhileTheProductIsDetected)
-{
-    write(planted / "log.txt", "x");
-    [it() updateDetectionStatus];
-    ASSERT_TRUE([it() quorlenDetected]);
-
-    run({ "xdotool", "keydown", "Shift_L" });
-    handleEverythingPressed();
-
-    EXPECT_NE([NSEvent modifierFlags] & NSEventModifierFlagShift, 0u) << "Shift must be held";
-    EXPECT_TRUE(removeShown());
-    EXPECT_FALSE(overrideShown());
-}
-
-TEST_F(OverrideReveal, DependsOnShiftAndOnNoOtherModifier)
-{
-    for (const char *key : { "Caps_Lock", "Control_L", "Alt_L", "Super_L" }) { // Control, Option and Command
-        run({ "xdotool", "keydown", key });
+    for (const char *other : { "Caps_Lock", "Control_L", "Alt_L", "Super_L" }) { // Control, Option and Command
+        SCOPED_TRACE(other);
+        run({ "xdotool", "keydown", other });
         handleEverythingPressed();
-        EXPECT_FALSE(overrideShown()) << key << " alone";
-        EXPECT_TRUE(removeShown()) << key << " alone";
-
-        run({ "xdotool", "keydown", "Shift_L" });
-        EXPECT_TRUE(handleEventsUntil([] { return overrideShown(); })) << key << " with Shift";
-        EXPECT_FALSE(removeShown()) << key << " with Shift";
-
-        run({ "xdotool", "keyup", "Shift_L" });
-        EXPECT_TRUE(handleEventsUntil([] { return !overrideShown(); })) << key << " after Shift";
-        run({ "xdotool", "keyup", key });
+        EXPECT_EQ(shown(), removeButton);
+        for (const char *shift : { "Shift_L", "Shift_R" }) {
+            run({ "xdotool", "keydown", shift });
+            expectSoon(overrideButton);
+            run({ "xdotool", "keyup", shift });
+            expectSoon(removeButton);
+        }
+        run({ "xdotool", "keyup", other });
     }
     run({ "xdotool", "key", "Caps_Lock" }); // off again
+}
+
+TEST_F(OverrideReveal, DoesNotChangeTitlesEnabledStatesStatusOrLog)
+{
+    const auto before = state();
+
+    run({ "xdotool", "keydown", "Shift_L" });
+    expectSoon(overrideButton);
+
+    EXPECT_EQ(state(), before);
+}
+
+TEST_F(OverrideReveal, EndsWhenAScanFindsTheProductEvenIfShiftIsHeld)
+{
+    run({ "xdotool", "keydown", "Shift_L" });
+    expectSoon(overrideButton);
+
+    write(planted / "log.txt", "x");
+    [it() updateDetectionStatus];
+    EXPECT_EQ(shown(), removeButton);
+
+    handleEverythingPressed();
+    EXPECT_NE([NSEvent modifierFlags] & NSEventModifierFlagShift, 0u) << "Shift must be held";
+    EXPECT_EQ(shown(), removeButton);
 }
 
 TEST_F(OverrideReveal, WaitsForTheNextEventOfThisApplicationWhileAnotherIsInFront)
@@ -164,98 +158,21 @@ TEST_F(OverrideReveal, WaitsForTheNextEventOfThisApplicationWhileAnotherIsInFron
 
     run({ "xdotool", "keydown", "Shift_L" });
     ASSERT_TRUE(handleEventsUntil([] { return contents("/tmp/xev.txt").find("Shift_L") != std::string::npos; }));
-    EXPECT_FALSE(overrideShown());
+    EXPECT_EQ(shown(), removeButton);
     [NSApp sendEvent:mouseMoved()];
-    EXPECT_TRUE(overrideShown());
+    EXPECT_EQ(shown(), overrideButton);
 
     run({ "kill", other.substr(0, other.find('\n')) });
     run({ "xdotool", "search", "--name", "^Quorlen 3 Removal Tool$", "windowactivate" });
     EXPECT_TRUE(handleEventsUntil([] { return [[it() window] isKeyWindow] && focusedTitle() != "Other\n"; }));
 }
 
-TEST_F(OverrideReveal, HidesTheOverrideWhenAScanFindsTheProductEvenIfShiftIsHeld)
+TEST_F(OverrideReveal, PassesTheSameEventOnEvenIfItsControllerIsGone)
 {
-    run({ "xdotool", "keydown", "Shift_L" });
-    ASSERT_TRUE(handleEventsUntil([] { return overrideShown(); }));
-
-    write(planted / "log.txt", "x");
-    [it() updateDetectionStatus];
-
-    EXPECT_TRUE(removeShown());
-    EXPECT_FALSE(overrideShown());
-}
-
-TEST_F(OverrideReveal, DoesNotChangeTitlesEnabledStatesStatusOrLog)
-{
-    [[it() removeButton] setEnabled:NO];
-    const auto log = utf8([[it() logView] string]);
-    const auto status = utf8([[it() statusLabel] stringValue]);
-
-    run({ "xdotool", "keydown", "Shift_L" });
-    ASSERT_TRUE(handleEventsUntil([] { return overrideShown(); }));
-
-    EXPECT_FALSE([[it() removeButton] isEnabled]);
-    EXPECT_TRUE([[it() overrideButton] isEnabled]);
-    EXPECT_EQ(utf8([[it() removeButton] title]), "Remove Quorlen 3");
-    EXPECT_EQ(utf8([[it() overrideButton] title]), "Override Cleanup");
-    EXPECT_EQ(utf8([[it() logView] string]), log);
-    EXPECT_EQ(utf8([[it() statusLabel] stringValue]), status);
-}
-
-TEST_F(OverrideReveal, PassesTheSameEventOnToTheWindow)
-{
-    NotingView *view = addNotingView();
-    NSEvent *key = [NSEvent keyEventWithType:NSKeyDown
-                                    location:NSZeroPoint
-                               modifierFlags:0
-                                   timestamp:0
-                                windowNumber:[[it() window] windowNumber]
-                                     context:nil
-                                  characters:@"b"
-                 charactersIgnoringModifiers:@"b"
-                                   isARepeat:NO
-                                     keyCode:0];
     NSEvent *move = mouseMoved();
-
-    [NSApp sendEvent:key];
-    [NSApp sendEvent:move];
-
-    EXPECT_EQ(view->_seen, (std::vector<NSEvent *> { key, move }));
-    removeNotingView(view);
-}
-
-TEST_F(OverrideReveal, PassesEventsOnAfterTheControllerIsGone)
-{
-    AppDelegate *other = [[AppDelegate alloc] init];
-    [other installModifierMonitor];
-    const auto monitor = Retained<NSObject>::sharing([other modifierMonitor]);
-    [other release];
-    NotingView *view = addNotingView();
-    NSEvent *move = mouseMoved();
+    passedOn.clear();
 
     [NSApp sendEvent:move];
 
-    EXPECT_EQ(view->_seen, std::vector<NSEvent *> { move });
-    removeNotingView(view);
-    [NSEvent removeMonitor:monitor.get()];
-}
-
-TEST_F(OverrideReveal, ReadsTheKeysThatAreHeldNowAtAMouseMove)
-{
-    // Presses Shift while the program handles no events, so that no event reports it.
-    run({ "xdotool", "keydown", "Shift_L" });
-    ASSERT_FALSE(overrideShown());
-
-    [NSApp sendEvent:mouseMoved()];
-
-    EXPECT_TRUE(overrideShown());
-}
-
-TEST(OverrideRevealWithoutAWindow, SkipsTheButtons)
-{
-    const auto controller = adopt([[AppDelegate alloc] init]);
-
-    [controller.get() updateOverrideButtonVisibility];
-
-    EXPECT_EQ([controller.get() overrideButton], nil);
+    EXPECT_EQ(passedOn, std::vector<NSEvent *> { move });
 }
