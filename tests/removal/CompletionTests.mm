@@ -94,6 +94,8 @@ TEST_F(Completion, RestartNowIsLoggedAndThenEndsTheTool)
 TEST_F(Completion, ARestartThatCannotBeAskedForIsLoggedWithAnEmptyRecord)
 {
     const NoScripts none;
+    const SwizzledMethod terminate(
+        [NSApplication class], @selector(terminate:), +[](id, SEL, id) { ADD_FAILURE() << "the tool must stay"; });
 
     [controller.get() restartNow];
 

@@ -22,6 +22,7 @@ struct SeenPanel {
 
 /// Records each modal panel that opens during its own lifetime and presses the button with the next given title. If no
 /// title is left, or the panel has no such button, the test fails and the panel is aborted so that the test goes on.
+/// Only one may exist at a time.
 class AlertAnswers
 {
 public:
@@ -29,8 +30,7 @@ public:
     /// @param onPanel Called with each panel's number, from 0, while the panel is up and before its button is pressed.
     explicit AlertAnswers(std::vector<std::string> titles, std::function<void(std::size_t)> onPanel = {});
     ~AlertAnswers();
-    AlertAnswers(const AlertAnswers &) = delete;
-    AlertAnswers &operator=(const AlertAnswers &) = delete;
+    AlertAnswers(AlertAnswers &&) = delete;
 
     /// The panels seen so far.
     const std::vector<SeenPanel> &seen() const { return _seen; }
@@ -41,5 +41,4 @@ private:
     std::vector<std::string> _titles;
     std::function<void(std::size_t)> _onPanel;
     std::vector<SeenPanel> _seen;
-    NSTimer *_timer;
 };

@@ -1,66 +1,44 @@
 #import "tests/support/AlertAnswers.hpp"
 
+#import "platform/gnustep/Swizzling.hpp"
 #import "tests/support/Stage.hpp"
-
-#import <objc/runtime.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <mutex>
 #include <ostream>
 
 namespace
 {
+/// What answers a panel. Empty if nothing does.
+std::function<void(NSWindow *)> answerPanel;
+}
 
-/// The number of modal sessions that have begun. It distinguishes a panel from the next one, which may have the same
-/// address: a panel stays modal for a moment after its button is pressed.
-unsigned sessionsBegun;
-NSModalSession (*beginSession)(id, SEL, NSWindow *);
+@interface NSApplication (AlertAnswers)
+@end
 
-NSModalSession beginCountedSession(id application, SEL selector, NSWindow *window)
+@implementation NSApplication (AlertAnswers)
+
++ (void)load
 {
-    // The panel is up now.
-    const NSModalSession session = beginSession(application, selector, window);
-    ++sessionsBegun;
+    swizzleInstanceMethod(self, @selector(beginModalSessionForWindow:), @selector(beginAnsweredModalSessionForWindow:));
+}
+
+/// Replaces `beginModalSessionForWindow:`. The panel is answered when its session first handles events.
+- (NSModalSession)beginAnsweredModalSessionForWindow:(NSWindow *)window
+{
+    const NSModalSession session = [self beginAnsweredModalSessionForWindow:window];
+    [self performSelector:@selector(answerModalPanel:)
+               withObject:window
+               afterDelay:0
+                  inModes:@[ NSModalPanelRunLoopMode ]];
     return session;
 }
 
-void countSessions()
+- (void)answerModalPanel:(NSWindow *)panel
 {
-    const Method method = class_getInstanceMethod([NSApplication class], @selector(beginModalSessionForWindow:));
-    const auto counting = reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(beginCountedSession));
-    beginSession = reinterpret_cast<decltype(beginSession)>(
-        reinterpret_cast<void (*)()>(method_setImplementation(method, counting)));
-}
-
-}
-
-@interface PanelWatch : NSObject {
-    std::function<void(NSWindow *)> _answer;
-    unsigned _answered;
-}
-- (id)initWithAnswer:(std::function<void(NSWindow *)>)answer;
-- (void)look:(NSTimer *)timer;
-@end
-
-@implementation PanelWatch
-
-- (id)initWithAnswer:(std::function<void(NSWindow *)>)answer
-{
-    if ((self = [super init])) {
-        _answer = std::move(answer);
-        _answered = sessionsBegun;
-    }
-    return self;
-}
-
-- (void)look:(NSTimer *)timer
-{
-    NSWindow *panel = [NSApp modalWindow];
-    if (_answered != sessionsBegun && [panel isVisible]) {
-        _answered = sessionsBegun;
-        _answer(panel);
+    if (answerPanel && [self modalWindow] == panel) {
+        answerPanel(panel);
         wakeModalLoop(); // A press without a mouse makes no event.
     }
 }
@@ -70,32 +48,25 @@ void countSessions()
 namespace
 {
 
-void collect(NSView *view, NSMutableArray *texts, NSMutableArray *buttons)
+/// Appends the visible labels and buttons in a view, at any depth.
+void collect(NSView *view, std::vector<NSControl *> &controls)
 {
     if ([view isHidden]) {
         return;
     }
-    if ([view isKindOfClass:[NSButton class]]) {
-        // The alert's icon is a button too.
-        if ([(NSButton *)view imagePosition] != NSImageOnly && [[(NSButton *)view title] length] > 0) {
-            [buttons addObject:view];
-        }
-    } else if ([view isKindOfClass:[NSTextField class]] && [[(NSTextField *)view stringValue] length] > 0) {
-        [texts addObject:view];
+    if ([view isKindOfClass:[NSButton class]] || [view isKindOfClass:[NSTextField class]]) {
+        controls.push_back(static_cast<NSControl *>(view));
     }
     for (NSView *subview in [view subviews]) {
-        collect(subview, texts, buttons);
+        collect(subview, controls);
     }
 }
 
-double top(NSView *view)
+/// The top and the right edge of a view in its window.
+std::pair<double, double> corner(NSView *view)
 {
-    return NSMaxY([view convertRect:[view bounds] toView:nil]);
-}
-
-double right(NSView *view)
-{
-    return NSMaxX([view convertRect:[view bounds] toView:nil]);
+    const NSRect frame = [view convertRect:[view bounds] toView:nil];
+    return { NSMaxY(frame), NSMaxX(frame) };
 }
 
 }
@@ -103,59 +74,47 @@ double right(NSView *view)
 AlertAnswers::AlertAnswers(std::vector<std::string> titles, std::function<void(std::size_t)> onPanel) :
     _titles(std::move(titles)), _onPanel(std::move(onPanel))
 {
-    static std::once_flag counting;
-    std::call_once(counting, countSessions);
-    PanelWatch *watch = [[[PanelWatch alloc] initWithAnswer:[this](NSWindow *panel) { answer(panel); }] autorelease];
-    _timer = [[NSTimer timerWithTimeInterval:0.01 target:watch selector:@selector(look:) userInfo:nil
-                                     repeats:YES] retain];
-    [[NSRunLoop currentRunLoop] addTimer:_timer forMode:NSModalPanelRunLoopMode];
+    answerPanel = [this](NSWindow *panel) { answer(panel); };
 }
 
 AlertAnswers::~AlertAnswers()
 {
-    [_timer invalidate];
-    [_timer release];
+    answerPanel = nullptr;
 }
 
 void AlertAnswers::answer(NSWindow *panel)
 {
-    NSMutableArray *texts = [NSMutableArray array];
-    NSMutableArray *buttons = [NSMutableArray array];
-    collect([panel contentView], texts, buttons);
-    SeenPanel seen;
-    std::vector<NSView *> fields;
-    for (NSView *field in texts) {
-        fields.push_back(field);
-    }
-    std::sort(fields.begin(), fields.end(), [](NSView *a, NSView *b) { return top(a) > top(b); });
-    for (NSView *field : fields) {
-        seen.texts.push_back(utf8([(NSTextField *)field stringValue]));
-    }
-    // The button that was added first is at the right.
-    std::vector<NSButton *> row;
-    for (NSButton *button in buttons) {
-        row.push_back(button);
-    }
-    std::sort(row.begin(), row.end(), [](NSView *a, NSView *b) { return right(a) > right(b); });
-    for (NSButton *button : row) {
-        seen.buttons.push_back(utf8([button title]));
-    }
     const std::size_t number = _seen.size();
+    std::vector<NSControl *> controls;
+    collect([panel contentView], controls);
+    // From top to bottom, and then from right to left: the button that was added first is at the right.
+    std::ranges::sort(controls, std::greater(), corner);
+    SeenPanel seen;
+    NSButton *wanted = nil;
+    for (NSControl *control : controls) {
+        if ([control isKindOfClass:[NSTextField class]]) {
+            seen.texts.push_back(utf8([control stringValue]));
+        } else if (NSButton *button = static_cast<NSButton *>(control);[button imagePosition] != NSImageOnly) {
+            // The alert's icon is a button too.
+            seen.buttons.push_back(utf8([button title]));
+            if (number < _titles.size() && seen.buttons.back() == _titles[number]) {
+                wanted = button;
+            }
+        }
+    }
+    std::erase(seen.texts, "");
+    std::erase(seen.buttons, "");
     _seen.push_back(seen);
     if (_onPanel) {
         _onPanel(number);
     }
-    if (number < _titles.size()) {
-        for (NSButton *button : row) {
-            if (utf8([button title]) == _titles[number]) {
-                [button performClick:nil];
-                return;
-            }
-        }
+    if (wanted) {
+        [wanted performClick:nil];
+    } else {
+        ADD_FAILURE() << "an unexpected panel opened: " << testing::PrintToString(seen);
+        // abortModal would not work: the run loop catches its exception.
+        [NSApp stopModalWithCode:NSRunAbortedResponse];
     }
-    ADD_FAILURE() << "an unexpected panel opened: " << (seen.texts.empty() ? "" : seen.texts.front());
-    // abortModal would not work: the timer catches its exception.
-    [NSApp stopModalWithCode:NSRunAbortedResponse];
 }
 
 void PrintTo(const SeenPanel &panel, std::ostream *stream)

@@ -3,26 +3,27 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 /// Reports another home directory of the user during its own lifetime. Only one may exist at a time.
-class ReportedHome
-{
-public:
-    explicit ReportedHome(const std::string &path);
-    ~ReportedHome();
-    ReportedHome(const ReportedHome &) = delete;
-    ReportedHome &operator=(const ReportedHome &) = delete;
+struct ReportedHome {
+    explicit ReportedHome(std::string home) : path(std::move(home)) { current = this; }
+    ~ReportedHome() { current = nullptr; }
+    ReportedHome(ReportedHome &&) = delete;
 
     /// How often the home directory was requested.
-    int timesAsked() const;
+    int timesAsked() const { return requests; }
+
+    static inline ReportedHome *current;
+    const std::string path;
+    int requests = 0;
 };
 
 /// Makes the search for the Desktop folder find none during its own lifetime. Only one may exist at a time.
-class NoDesktopFound
-{
-public:
-    NoDesktopFound();
-    ~NoDesktopFound();
-    NoDesktopFound(const NoDesktopFound &) = delete;
-    NoDesktopFound &operator=(const NoDesktopFound &) = delete;
+struct NoDesktopFound {
+    NoDesktopFound() { current = true; }
+    ~NoDesktopFound() { current = false; }
+    NoDesktopFound(NoDesktopFound &&) = delete;
+
+    static inline bool current;
 };

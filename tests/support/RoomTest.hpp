@@ -26,10 +26,9 @@ class Staged
 public:
     /// @param verb The words for /opt/practice/stage that set the state now.
     /// @param back The words that restore the state at the end.
-    Staged(const Strings &verb, Strings back);
-    ~Staged();
-    Staged(const Staged &) = delete;
-    Staged &operator=(const Staged &) = delete;
+    Staged(const Strings &verb, Strings back) : _back(std::move(back)) { stage(verb); }
+    ~Staged() { stage(_back); }
+    Staged(Staged &&) = delete;
 
 private:
     const Strings _back;

@@ -28,10 +28,7 @@ CommandOutput run(const std::vector<std::string> &command)
     arguments.push_back(nullptr);
 
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) {
-        ADD_FAILURE() << "no pipe: " << strerror(errno);
-        return { -1, {} };
-    }
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0) << strerror(errno);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
@@ -39,19 +36,14 @@ CommandOutput run(const std::vector<std::string> &command)
     const int failure = posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
-    CommandOutput result { -1, {} };
+    CommandOutput result { -1, contents("/proc/self/fd/" + std::to_string(ends[0])) };
+    close(ends[0]);
     if (failure != 0) {
         ADD_FAILURE() << command.front() << ": " << strerror(failure);
-    } else {
-        char buffer[4096];
-        for (ssize_t count; (count = read(ends[0], buffer, sizeof buffer)) > 0;) {
-            result.output.append(buffer, static_cast<std::size_t>(count));
-        }
-        int status = 0;
-        waitpid(child, &status, 0);
-        result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        return result;
     }
-    close(ends[0]);
+    waitpid(child, &result.status, 0);
+    result.status = WIFEXITED(result.status) ? WEXITSTATUS(result.status) : 128 + WTERMSIG(result.status);
     return result;
 }
 

@@ -25,8 +25,7 @@ public:
         EXPECT_NE(_method, nullptr) << "the platform has no such method: " << sel_getName(selector);
     }
     ~SwizzledMethod() { method_setImplementation(_method, _original); }
-    SwizzledMethod(const SwizzledMethod &) = delete;
-    SwizzledMethod &operator=(const SwizzledMethod &) = delete;
+    SwizzledMethod(SwizzledMethod &&) = delete;
 
 private:
     const Method _method;
@@ -44,10 +43,7 @@ public:
     void moveTo(int seconds)
     {
         std::tm midnight {};
-        midnight.tm_year = 2026 - 1900;
-        midnight.tm_mon = 11 - 1;
-        midnight.tm_mday = 15;
-        midnight.tm_isdst = -1;
+        strptime("2026-11-15", "%F", &midnight);
         _now = static_cast<double>(std::mktime(&midnight)) + seconds;
         _step = 0;
     }

@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace
 {
 
@@ -16,12 +13,6 @@ class PoolPerTest : public testing::EmptyTestEventListener
     void OnTestEnd(const testing::TestInfo &) override { [_pool drain]; }
     NSAutoreleasePool *_pool = nil;
 };
-
-[[noreturn]] void endWithReason(NSException *exception)
-{
-    std::fprintf(stderr, "uncaught %s: %s\n", [[exception name] UTF8String], [[exception reason] UTF8String]);
-    std::abort();
-}
 
 }
 
@@ -33,8 +24,8 @@ int main(int argc, char **argv)
         GTEST_FLAG_SET(catch_exceptions, false);
         testing::UnitTest::GetInstance()->listeners().Append(new PoolPerTest);
         [[NSApplication sharedApplication] finishLaunching];
-        // Replaces AppKit's handler, which asks in a panel that no one would answer here.
-        NSSetUncaughtExceptionHandler(&endWithReason);
+        // Without AppKit's handler, which asks in a panel that no one would answer here, Foundation ends the program.
+        NSSetUncaughtExceptionHandler(nullptr);
         return RUN_ALL_TESTS();
     }
 }
