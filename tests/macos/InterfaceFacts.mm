@@ -8,64 +8,46 @@
 namespace
 {
 
+template <typename Type, typename... Others> constexpr bool allAre = (std::is_same_v<Others, Type> && ...);
+
+template <typename Type, typename... Enumerations>
+constexpr bool allConsistOf = (std::is_same_v<std::underlying_type_t<Enumerations>, Type> && ...);
+
 // The basic types. On Arm a BOOL is not an integer of one byte.
 #if defined(__x86_64__)
-static_assert(std::is_same_v<BOOL, signed char>);
+static_assert(allAre<signed char, BOOL>);
 #else
-static_assert(std::is_same_v<BOOL, bool>);
+static_assert(allAre<bool, BOOL>);
 #endif
-static_assert(std::is_same_v<NSInteger, long>);
-static_assert(std::is_same_v<NSUInteger, unsigned long>);
-static_assert(std::is_same_v<CGFloat, double>);
-static_assert(std::is_same_v<unichar, unsigned short>);
-static_assert(std::is_same_v<NSStringEncoding, NSUInteger>);
-static_assert(std::is_same_v<NSModalResponse, NSInteger>);
+static_assert(allAre<long, NSInteger, NSModalResponse>);
+static_assert(allAre<unsigned long, NSUInteger, NSStringEncoding, NSSearchPathDomainMask, NSWindowStyleMask,
+    NSEventModifierFlags>);
+static_assert(allAre<unsigned long long, NSEventMask>);
+static_assert(allAre<double, CGFloat>);
+static_assert(allAre<unsigned short, unichar>);
+static_assert(allConsistOf<NSUInteger, NSSearchPathDirectory, NSBackingStoreType, NSImageScaling, NSLineBreakMode,
+    NSBezelStyle, NSBorderType, NSEventType>);
+static_assert(allConsistOf<NSInteger, NSTextAlignment>);
 
 // The structures.
 static_assert(sizeof(NSRange) == 16 && offsetof(NSRange, length) == 8);
-static_assert(std::is_same_v<decltype(NSRange::length), NSUInteger>);
+static_assert(allAre<NSUInteger, decltype(NSRange::length)>);
 static_assert(sizeof(NSRect) == 32 && offsetof(NSRect, size) == 16);
 static_assert(offsetof(NSRect, origin.y) == 8 && offsetof(NSRect, size.height) == 24);
 static_assert(sizeof(NSFastEnumerationState) == 64 && offsetof(NSFastEnumerationState, itemsPtr) == 8 &&
     offsetof(NSFastEnumerationState, mutationsPtr) == 16 && offsetof(NSFastEnumerationState, extra) == 24);
 
-// The enumerations: their underlying types and values.
-static_assert(std::is_same_v<std::underlying_type_t<NSSearchPathDirectory>, NSUInteger>);
-static_assert(NSDesktopDirectory == 12);
-static_assert(std::is_same_v<NSSearchPathDomainMask, NSUInteger>);
-static_assert(NSUserDomainMask == 1);
-static_assert(std::is_same_v<NSWindowStyleMask, NSUInteger>);
-static_assert(NSWindowStyleMaskTitled == 1);
-static_assert(NSWindowStyleMaskClosable == 2);
-static_assert(NSWindowStyleMaskMiniaturizable == 4);
-static_assert(std::is_same_v<std::underlying_type_t<NSBackingStoreType>, NSUInteger>);
-static_assert(NSBackingStoreBuffered == 2);
-static_assert(std::is_same_v<std::underlying_type_t<NSImageScaling>, NSUInteger>);
-static_assert(NSImageScaleProportionallyUpOrDown == 3);
-static_assert(std::is_same_v<std::underlying_type_t<NSLineBreakMode>, NSUInteger>);
-static_assert(NSLineBreakByWordWrapping == 0);
-static_assert(std::is_same_v<std::underlying_type_t<NSTextAlignment>, NSInteger>);
-static_assert(NSTextAlignmentLeft == 0);
-static_assert(std::is_same_v<std::underlying_type_t<NSBezelStyle>, NSUInteger>);
-static_assert(NSBezelStyleRounded == 1);
-static_assert(NSBezelStyleCircular == 7);
-static_assert(std::is_same_v<std::underlying_type_t<NSBorderType>, NSUInteger>);
-static_assert(NSBezelBorder == 2);
-static_assert(std::is_same_v<std::underlying_type_t<NSEventType>, NSUInteger>);
-static_assert(NSEventTypeMouseMoved == 5);
-static_assert(NSEventTypeKeyDown == 10);
-static_assert(NSEventTypeFlagsChanged == 12);
-static_assert(std::is_same_v<NSEventMask, unsigned long long>);
+// The constants.
+static_assert(NSDesktopDirectory == 12 && NSUserDomainMask == 1);
+static_assert(NSWindowStyleMaskTitled == 1 && NSWindowStyleMaskClosable == 2 && NSWindowStyleMaskMiniaturizable == 4);
+static_assert(NSBackingStoreBuffered == 2 && NSImageScaleProportionallyUpOrDown == 3);
+static_assert(NSLineBreakByWordWrapping == 0 && NSTextAlignmentLeft == 0);
+static_assert(NSBezelStyleRounded == 1 && NSBezelStyleCircular == 7 && NSBezelBorder == 2);
+static_assert(NSEventTypeMouseMoved == 5 && NSEventTypeKeyDown == 10 && NSEventTypeFlagsChanged == 12);
 static_assert((NSEventMaskMouseMoved | NSEventMaskKeyDown | NSEventMaskFlagsChanged) == 0x1420);
-static_assert(std::is_same_v<NSEventModifierFlags, NSUInteger>);
-static_assert(NSEventModifierFlagShift == 0x20000);
-static_assert(NSEventModifierFlagOption == 0x80000);
-static_assert(NSEventModifierFlagCommand == 0x100000);
-
-// The other constants.
-static_assert(NSUTF8StringEncoding == 4);
-static_assert(NSModalResponseOK == 1);
-static_assert(NSAlertFirstButtonReturn == 1000);
+static_assert(NSEventModifierFlagShift == 0x20000 && NSEventModifierFlagOption == 0x80000 &&
+    NSEventModifierFlagCommand == 0x100000);
+static_assert(NSUTF8StringEncoding == 4 && NSModalResponseOK == 1 && NSAlertFirstButtonReturn == 1000);
 
 // The functions and variables.
 static_assert(std::is_same_v<decltype(NSApplicationMain), int(int, const char **)>);

@@ -1,265 +1,195 @@
-"""Checks the executable file: architectures, load commands, libraries, symbols, protection, signature."""
+"""Checks the executable file: architectures, load commands, libraries, symbols, protection, signature. LLVM's tools
+read it. They refuse a file with a wrong structure, which also fails a check."""
 
 import hashlib
 import pathlib
 import plistlib
 import re
 import struct
-import subprocess
 import tempfile
 import unittest
 
-import macho
-from support import APP, BUILDS, EXECUTABLE, LLVM, ROOT, FactTest, OnDisk, bindings, llvm, renamed, replaced
+from support import (APP, BOOL, EXECUTABLE, PRODUCT, ROOT, FactTest, clang, files, llvm, objdump, patched, renamed,
+                     replaced)
 
-APPKIT = "/System/Library/Frameworks/AppKit.framework/Versions/C/AppKit"
-FOUNDATION = "/System/Library/Frameworks/Foundation.framework/Versions/C/Foundation"
-CORE_FOUNDATION = "/System/Library/Frameworks/CoreFoundation.framework/Versions/A/CoreFoundation"
-LIBRARIES = [  # with their compatibility versions
-    (APPKIT, 45), (FOUNDATION, 300), (CORE_FOUNDATION, 150),
-    ("/usr/lib/libobjc.A.dylib", 1), ("/usr/lib/libc++.1.dylib", 1), ("/usr/lib/libSystem.B.dylib", 1),
-]
+FRAMEWORKS = "/System/Library/Frameworks"
 
 
-def version(major: int, minor: int) -> int:
-    """Returns a version in the form of a load command."""
-    return major << 16 | minor << 8
+def expected_commands(architecture: str) -> list[str]:
+    """Returns the load commands: kind, name, what a segment may do at first and at most, the version that a library is
+    compatible with. There are no chained fixups (unknown to 10.13), run paths or weak libraries."""
+    arm = architecture == "arm64"
+    return [
+        "LC_SEGMENT_64 __PAGEZERO --- ---",
+        "LC_SEGMENT_64 __TEXT r-x r-x",
+        *(["LC_SEGMENT_64 __DATA_CONST rw- rw-"] if arm else []),
+        "LC_SEGMENT_64 __DATA rw- rw-",
+        "LC_SEGMENT_64 __LINKEDIT r-- r--",
+        "LC_DYLD_INFO_ONLY", "LC_SYMTAB", "LC_DYSYMTAB", "LC_LOAD_DYLINKER /usr/lib/dyld", "LC_UUID",
+        "LC_BUILD_VERSION macos 11.0 12.3" if arm else "LC_VERSION_MIN_MACOSX 10.13 12.3",  # lowest system, SDK
+        "LC_MAIN",
+        f"LC_LOAD_DYLIB {FRAMEWORKS}/AppKit.framework/Versions/C/AppKit 45.0.0",
+        f"LC_LOAD_DYLIB {FRAMEWORKS}/Foundation.framework/Versions/C/Foundation 300.0.0",
+        f"LC_LOAD_DYLIB {FRAMEWORKS}/CoreFoundation.framework/Versions/A/CoreFoundation 150.0.0",
+        "LC_LOAD_DYLIB /usr/lib/libobjc.A.dylib 1.0.0",
+        "LC_LOAD_DYLIB /usr/lib/libc++.1.dylib 1.0.0",
+        "LC_LOAD_DYLIB /usr/lib/libSystem.B.dylib 1.0.0",
+        "LC_FUNCTION_STARTS", "LC_DATA_IN_CODE", "LC_CODE_SIGNATURE",
+    ]
+
+
+def commands(data: bytes, architecture: str) -> list[dict[str, str]]:
+    """Returns the fields of each load command. A segment's do not include those of its sections."""
+    blocks = re.split(r"^Load command \d+\n", objdump(data, architecture, "--private-headers"), flags=re.MULTILINE)
+    fields = r"^ *(\w+(?: version)?) (.+?)(?: \(offset \d+\))?$"
+    return [dict(re.findall(fields, re.split("Section| ntools", block)[0], re.MULTILINE)) for block in blocks[1:]]
 
 
 def allowed() -> set[tuple[str, str]]:
     """Returns the allow-list: (library, symbol)."""
-    names = set()
+    prefixes, names = {"class": "_OBJC_CLASS_$_", "exception": "_OBJC_EHTYPE_$_"}, set()
     for line in (ROOT / "platform" / "macos" / "stubs" / "symbols.txt").read_text().splitlines():
         words = line.partition("#")[0].split()
         if line.startswith("/"):
             library = pathlib.PurePath(words[0]).name.partition(".")[0]
         elif words:
-            kind, name = words
-            names |= {(library, form + name) for form in {
-                "class": ("_OBJC_CLASS_$_", "_OBJC_METACLASS_$_"),
-                "exception": ("_OBJC_EHTYPE_$_",),
-            }.get(kind, ("",))}
+            names.add((library, prefixes.get(words[0], "") + words[1]))
     return names
 
 
 class ExecutableTest(FactTest):
     def setUp(self) -> None:
         self.data = EXECUTABLE.read_bytes()
-        self.slices = macho.slices(self.data)
 
-    def in_slice(self, architecture: str, offset: int, new: bytes) -> bytes:
-        """Returns the executable with bytes of one architecture replaced."""
-        return replaced(self.data, self.slices[architecture].start + offset, new)
+    def thin(self, architecture: str, data: bytes) -> bytes:
+        """Returns one architecture of a universal executable."""
+        with tempfile.NamedTemporaryFile() as file:
+            llvm("llvm-lipo", data, "-thin", architecture, "-output", file.name)
+            return pathlib.Path(file.name).read_bytes()
 
     def test_architectures(self) -> None:
+        """Each begins at a multiple of its system's pages."""
         def fact(data: bytes) -> None:
-            with OnDisk(data) as path:
-                self.assertEqual(llvm("llvm-lipo", "-archs", path).split(), ["x86_64", "arm64"])
-            for (_, alignment, offset, _), page in zip(macho.parts(data), (12, 14)):
-                self.assertGreaterEqual(alignment, page)
-                self.assertEqual(offset % (1 << alignment), 0)
+            said = llvm("llvm-objdump", data, "--macho", "--universal-headers")
+            self.assertEqual(re.findall(r"(?:^architecture|align) (\S+)", said, re.MULTILINE),
+                             ["x86_64", "2^12", "arm64", "2^14"])
 
-        self.holds(fact, self.data, self.slices["arm64"].file, replaced(self.data, 8 + 16, struct.pack(">I", 3)))
-
-    def test_lowest_system_and_sdk(self) -> None:
-        def fact(data: bytes) -> None:
-            slices = macho.slices(data)
-            lowest, sdk = slices["x86_64"].fields(macho.LC_VERSION_MIN_MACOSX, "2I")
-            self.assertEqual((lowest, sdk), (version(10, 13), version(12, 3)))
-            platform, lowest, sdk = slices["arm64"].fields(macho.LC_BUILD_VERSION, "3I")
-            self.assertEqual((platform, lowest, sdk), (1, version(11, 0), version(12, 3)))  # 1: macOS
-
-        intel = self.slices["x86_64"].one(macho.LC_VERSION_MIN_MACOSX)
-        arm = self.slices["arm64"].one(macho.LC_BUILD_VERSION)
-        self.holds(fact, self.data,
-                   self.in_slice("x86_64", intel + 8, struct.pack("<I", version(10, 14))),
-                   self.in_slice("x86_64", intel + 12, struct.pack("<I", version(26, 0))),
-                   self.in_slice("arm64", arm + 12, struct.pack("<I", version(12, 0))),
-                   self.in_slice("arm64", arm + 16, struct.pack("<I", 0)))
+        self.holds(fact, self.data, self.thin("arm64", self.data), replaced(self.data, 8 + 16, struct.pack(">I", 3)))
 
     def test_load_commands(self) -> None:
-        """There are exactly these commands: no chained fixups (unknown to 10.13), run paths or weak libraries."""
-        rest = ["LC_DYLD_INFO_ONLY", "LC_SYMTAB", "LC_DYSYMTAB", "LC_LOAD_DYLINKER", "LC_UUID", "minimum", "LC_MAIN",
-                *["LC_LOAD_DYLIB"] * len(LIBRARIES), "LC_FUNCTION_STARTS", "LC_DATA_IN_CODE", "LC_CODE_SIGNATURE"]
+        shown = ("cmd", "segname", "initprot", "maxprot", "name", "compatibility version", "platform", "minos",
+                 "version", "sdk")
 
         def fact(data: bytes) -> None:
-            with OnDisk(data) as path:
-                for architecture, minimum in (("x86_64", "LC_VERSION_MIN_MACOSX"), ("arm64", "LC_BUILD_VERSION")):
-                    said = llvm("llvm-objdump", "--macho", f"--arch={architecture}", "--private-headers", path)
-                    commands = re.findall(r"^ +cmd (\S+)$", said, re.MULTILINE)
-                    commands = [name for name in commands if name != "LC_SEGMENT_64"]
-                    self.assertEqual(commands, [minimum if name == "minimum" else name for name in rest])
+            for architecture in BOOL:
+                self.assertEqual([" ".join(command[field] for field in shown if field in command)
+                                  for command in commands(data, architecture)], expected_commands(architecture))
 
-        starts = self.slices["x86_64"].one(macho.LC_FUNCTION_STARTS)
-        chained_fixups = struct.pack("<I", 0x80000034)  # LC_DYLD_CHAINED_FIXUPS
-        self.holds(fact, self.data, self.in_slice("x86_64", starts, chained_fixups))
+        self.holds(fact, self.data,
+                   patched(self.data, rb"(?<=\x24\0{3}\x10\0{3})\0\x0D\x0A\0", b"\0\x0E\x0A\0"),  # from 10.14 on
+                   patched(self.data, rb"(?<=\x24\0{3}\x10\0{3}\0\x0D\x0A\0)\0\x03\x0C", b"\0\0\x1A"),  # SDK 26
+                   patched(self.data, rb"(?<=\x32\0{3}\x20\0{3}\x01\0{3})\0\0\x0B", b"\0\0\x0C"),  # from 12 on
+                   patched(self.data, rb"(?<=\x32\0{3}\x20\0{3}\x01\0{3}\0\0\x0B\0)\0\x03\x0C", b"\0\0\0"),
+                   patched(self.data, rb"\x26\0\0\0(?=\x10\0\0\0)", b"\x34\0\0\x80"),  # LC_DYLD_CHAINED_FIXUPS
+                   patched(self.data, rb"(?<=\x19\0{3}....__TEXT\0{10}.{36})\x05", b"\x07"),  # text is writable
+                   renamed(self.data, b"/usr/lib/libc++.1.dylib", b"/opt/lib/libc++.1.dylib"))
 
-    def test_libraries(self) -> None:
+    def test_position_independent(self) -> None:
+        """Everything can be moved, and moving it changes nothing in text."""
         def fact(data: bytes) -> None:
-            for part in macho.slices(data).values():
-                found = []
-                for at in part.all(macho.LC_LOAD_DYLIB):
-                    name, _, _, compatibility = struct.unpack_from("<4I", part.file, at + 8)
-                    end = part.file.index(b"\0", at + name)
-                    found.append((part.file[at + name:end].decode(), compatibility >> 16))
-                self.assertEqual(found, LIBRARIES)
+            for architecture in BOOL:
+                said = objdump(data, architecture, "--private-headers")
+                self.assertRegex(said, r" EXECUTE .* NOUNDEFS DYLDLINK TWOLEVEL BINDS_TO_WEAK PIE\n")
+                self.assertEqual(set(re.findall(r" (?:nreloc|nextrel|nlocrel) (\d+)", said)), {"0"})
+                said = objdump(data, architecture, "--rebase", "--bind", "--lazy-bind", "--weak-bind")
+                touched = set(re.findall(r"^(__\S+) ", said, re.MULTILINE))
+                self.assertLessEqual(touched, {"__DATA", "__DATA_CONST"})
+                self.assertIn("__DATA", touched)
 
-        self.holds(fact, self.data, renamed(self.data, b"/usr/lib/libc++.1.dylib", b"/opt/lib/libc++.1.dylib"))
+        self.holds(fact, self.data,
+                   patched(self.data, rb"(?<=\xCF\xFA\xED\xFE.{20})\x85\0\x21\0", b"\x85\0\x01\0"),
+                   patched(self.data, rb"(?<=__text\0{10}__TEXT\0{10}.{28})\0{4}", b"\3\0\0\0"),
+                   patched(self.data, rb"(?<=\x0B\0{3}\x50\0{3}.{68})\0{4}", b"\3\0\0\0"))  # LC_DYSYMTAB
 
     def test_undefined_symbols_are_the_allowed_ones(self) -> None:
-        """Each symbol comes from the library in the list, and every symbol of the list is used."""
+        """Each symbol of the list is used, and comes by a two-level name from the library in which macOS has it."""
+        placed = {("AppKit", "_OBJC_CLASS_$_NSAlert"), ("Foundation", "_OBJC_CLASS_$_NSTask"),
+                  ("CoreFoundation", "_OBJC_EHTYPE_$_NSException"), ("libobjc", "_objc_msgSend"),
+                  ("CoreFoundation", "___CFConstantStringClassReference"), ("libc++", "___gxx_personality_v0"),
+                  ("libSystem", "dyld_stub_binder")}
+
         def fact(data: bytes) -> None:
-            for architecture, part in macho.slices(data).items():
-                with OnDisk(data) as path:
-                    said = llvm("llvm-nm", "-m", "-u", "-arch", architecture, path)
-                found = {(library.partition(".")[0], name) for name, library in
-                         re.findall(r"\(undefined\) (?:weak )?external (\S+) \(from (\S+)\)", said)}
+            for architecture in BOOL:
+                said = llvm("llvm-nm", data, "-m", "-u", "-arch", architecture)
+                found = re.findall(r"\(undefined\) (?:weak )?external (\S+) \(from (\S+)\)", said)
                 self.assertEqual(len(found), len(said.splitlines()))
-                self.assertLessEqual(found, allowed())
-                # Only a class that is subclassed needs its metaclass.
-                self.assertEqual({name for _, name in allowed() - found if "_METACLASS_" not in name}, set())
+                found = {(library, name.replace("_METACLASS_", "_CLASS_")) for name, library in found}
+                self.assertEqual(found, allowed())
+                self.assertLessEqual(placed, found)
 
         self.holds(fact, self.data,
                    renamed(self.data, b"_NSHomeDirectory", b"_NSHomeDirectorz"),
-                   renamed(self.data, b"_OBJC_CLASS_$_NSTask", b"_OBJC_CLASS_$_NSPipe"))
+                   renamed(self.data, b"_OBJC_CLASS_$_NSTask", b"_OBJC_CLASS_$_NSPipe"),
+                   renamed(self.data, b"_OBJC_EHTYPE_$_NSException", b"_OBJC_EHTYPE_$_NSExceptioo"))
 
     def test_what_is_not_allowed_does_not_link(self) -> None:
         """A class or function that is not in the list causes a link error that names it. An allowed one links."""
         def fact(symbol: str) -> None:
             with tempfile.TemporaryDirectory() as folder:
-                program = f'extern "C" void {symbol}(); int main() {{ {symbol}(); }}'
-                done = subprocess.run(
-                    [LLVM / "bin" / "clang++", "-target", "x86_64-apple-macos10.13", "-fuse-ld=lld", "-x", "c++", "-",
-                     "-isysroot", BUILDS[0] / "sdk", "-o", f"{folder}/program"],
-                    input=program.encode(), stderr=subprocess.PIPE)
-            self.assertNotEqual(done.returncode, 0)
-            self.assertIn(f"undefined symbol: {symbol}".encode(), done.stderr)
+                source = f'extern "C" void {symbol}(); int main() {{ {symbol}(); }}'
+                status, said = clang("x86_64", "-fuse-ld=lld", "-o", f"{folder}/program", "-", text=source)
+            self.assertEqual(status, 1)
+            self.assertIn(f"undefined symbol: {symbol}", said)
 
         self.holds(fact, "system", "memcpy")
-
-    def test_one_image_info(self) -> None:
-        """There is one, of 8 bytes: version 0, and the flag for class properties of categories."""
-        def fact(data: bytes) -> None:
-            for part in macho.slices(data).values():
-                found = [section for name, section in part.sections.items() if name.endswith("__objc_imageinfo")]
-                self.assertEqual([section.size for section in found], [8])
-                self.assertEqual(struct.unpack_from("<2I", part.file, found[0].offset), (0, 0x40))
-
-        part = self.slices["arm64"]
-        place = next(section.offset for name, section in part.sections.items() if name.endswith("__objc_imageinfo"))
-        self.holds(fact, self.data, self.in_slice("arm64", place + 4, struct.pack("<I", 0x45)))
-
-    def test_position_independent_and_protected(self) -> None:
-        """No relocation is in text, no segment is both writable and executable, and everything can be moved."""
-        def fact(data: bytes) -> None:
-            for architecture, part in macho.slices(data).items():
-                self.assertEqual(part.file_type, 2)  # MH_EXECUTE
-                # MH_PIE, MH_TWOLEVEL, MH_DYLDLINK, MH_NOUNDEFS; the C++ library's replaceable symbols add two.
-                self.assertEqual(part.flags & ~0x18000, 0x200085)
-                protection = {segment.name: (segment.initial, segment.maximum) for segment in part.segments}
-                self.assertEqual(protection.pop("__TEXT"), (5, 5))
-                self.assertEqual(protection.pop("__PAGEZERO"), (0, 0))
-                self.assertEqual(protection.pop("__LINKEDIT"), (1, 1))
-                self.assertEqual(set(protection.values()), {(3, 3)})
-                relocations = part.fields(macho.LC_DYSYMTAB, "18I")[15:18:2]
-                self.assertEqual(relocations, (0, 0))
-                self.assertEqual([section.name for section in part.sections.values() if section.relocations], [])
-                with OnDisk(data) as path:
-                    said = llvm("llvm-objdump", "--macho", f"--arch={architecture}",
-                                "--rebase", "--bind", "--lazy-bind", "--weak-bind", path)
-                touched = set(re.findall(r"^(__\S+) ", said, re.MULTILINE))
-                self.assertLessEqual(touched, {"__DATA", "__DATA_CONST"})
-                self.assertIn("__DATA", touched)
-
-        intel = self.slices["x86_64"]
-        text = intel.all(macho.LC_SEGMENT_64)[1]
-        self.holds(fact, self.data,
-                   self.in_slice("x86_64", 24, struct.pack("<I", intel.flags & ~0x200000)),
-                   self.in_slice("x86_64", text + 60, struct.pack("<I", 7)),
-                   self.in_slice("x86_64", text + 72 + 60, struct.pack("<I", 3)),
-                   self.in_slice("x86_64", intel.one(macho.LC_DYSYMTAB) + 8 + 68, struct.pack("<I", 3)))
 
     def test_small_and_stripped(self) -> None:
         def fact(data: bytes) -> None:
             self.assertLess(len(data), 250_000)
-            with OnDisk(data) as path:
-                for architecture in ("x86_64", "arm64"):
-                    said = llvm("llvm-nm", "--defined-only", "--format=just-symbols", "-arch", architecture, path)
-                    self.assertEqual(said.split(), ["__mh_execute_header"])
-                    self.assertNotIn("__DWARF", [segment.name for segment in macho.slices(data)[architecture].segments])
+            for architecture in BOOL:
+                said = llvm("llvm-nm", data, "--defined-only", "--format=just-symbols", "-arch", architecture)
+                self.assertEqual(said.split(), ["__mh_execute_header"])
 
-        symbols, _ = self.slices["arm64"].fields(macho.LC_SYMTAB, "2I")
-        self.holds(fact, self.data,
-                   self.data + bytes(250_000),
-                   self.in_slice("arm64", symbols + 16 + 4, bytes([0x0E, 1])))  # makes the second symbol a local one
+        arm = self.thin("arm64", self.data)
+        symbols, = (int(command["symoff"]) for command in commands(arm, "arm64") if command["cmd"] == "LC_SYMTAB")
+        local = replaced(arm, symbols + 16 + 4, bytes([0x0E, 1]))  # The second symbol becomes a local one.
+        self.holds(fact, self.data, self.data + bytes(250_000), self.data.replace(arm, local))
 
     def test_signature(self) -> None:
-        """Each hash of the signature is right: the code's pages, Info.plist, requirements, CodeResources."""
-        info_plist = (APP / "Contents" / "Info.plist").read_bytes()
-        resources = (APP / "Contents" / "_CodeSignature" / "CodeResources").read_bytes()
-
-        def fact(sample: tuple[bytes, bytes, bytes]) -> None:
-            data, info_plist, resources = sample
-            for part in macho.slices(data).values():
-                start, size = part.fields(macho.LC_CODE_SIGNATURE, "2I")
-                linkedit = part.segments[-1]
+        """Each byte of the signature is right: ad hoc, hashes of CodeResources, requirements, Info.plist, the pages."""
+        def fact(app: dict[str, bytes]) -> None:
+            for architecture in BOOL:
+                code = self.thin(architecture, app[f"MacOS/{PRODUCT}"])
+                by_name = {command.get("segname", command["cmd"]): command for command in commands(code, architecture)}
+                start, size = (int(by_name["LC_CODE_SIGNATURE"][field]) for field in ("dataoff", "datasize"))
+                linkedit = by_name["__LINKEDIT"]
                 self.assertEqual(start % 16, 0)
-                self.assertEqual(start + size, len(part.file))
-                self.assertEqual((linkedit.name, linkedit.offset + linkedit.file_size), ("__LINKEDIT", len(part.file)))
-                self.assertGreaterEqual(linkedit.size, linkedit.file_size)
-                blob = part.file[start:]
+                self.assertEqual(start + size, len(code))
+                self.assertEqual(int(linkedit["fileoff"]) + int(linkedit["filesize"]), len(code))
+                self.assertGreaterEqual(int(linkedit["vmsize"], 16), int(linkedit["filesize"]))
 
-                magic, length, count = struct.unpack_from(">3I", blob)
-                self.assertEqual(magic, 0xFADE0CC0)
-                self.assertLessEqual(length, size)
-                slots = {slot: blob[at:at + struct.unpack_from(">I", blob, at + 4)[0]]
-                         for slot, at in struct.iter_unpack(">2I", blob[12:12 + 8 * count])}
-                self.assertEqual(sorted(slots), [0, 2, 0x10000])
-                self.assertEqual(slots[2], struct.pack(">3I", 0xFADE0C01, 12, 0))
-                self.assertEqual(slots[0x10000], struct.pack(">2I", 0xFADE0B01, 8))
+                identifier = plistlib.loads(app["Info.plist"])["CFBundleIdentifier"].encode() + b"\0"
+                requirements = struct.pack(">3I", 0xFADE0C01, 12, 0)
+                pages = [code[page:min(page + 4096, start)] for page in range(0, start, 4096)]
+                special = [app["_CodeSignature/CodeResources"], requirements, app["Info.plist"]]
+                names_and_hashes = identifier + b"".join(hashlib.sha256(data).digest() for data in special + pages)
+                directory = struct.pack(
+                    ">9I4B4I4Q", 0xFADE0C02, 88 + len(names_and_hashes), 0x20400,
+                    2, 88 + len(identifier) + 32 * len(special), 88, len(special), len(pages), start,  # 2: ad hoc
+                    32, 2, 0, 12, 0, 0, 0, 0,  # SHA-256, pages of 4 KiB
+                    0, 0, int(by_name["__TEXT"]["filesize"]), 1,  # the text of a main executable
+                ) + names_and_hashes
+                at = 36 + len(directory)
+                index = struct.pack(">9I", 0xFADE0CC0, at + 20, 3, 0, 36, 2, at, 0x10000, at + 12)
+                signature = index + directory + requirements + struct.pack(">2I", 0xFADE0B01, 8)
+                self.assertEqual(code[start:], signature.ljust(size, b"\0"), architecture)
 
-                directory = slots[0]
-                magic, _, version, flags, hashes, name, special, pages, limit = struct.unpack_from(">9I", directory)
-                self.assertEqual((magic, version, flags, limit), (0xFADE0C02, 0x20400, 2, start))  # 2: ad hoc
-                self.assertEqual(tuple(directory[36:40]), (32, 2, 0, 12))  # SHA-256, pages of 4 KiB
-                identifier = directory[name:directory.index(b"\0", name)].decode()
-                self.assertEqual(identifier, plistlib.loads(info_plist)["CFBundleIdentifier"])
-                text = part.segments[1]
-                self.assertEqual(struct.unpack_from(">3Q", directory, 64), (text.offset, text.file_size, 1))
-
-                def slot(number: int) -> bytes:
-                    return directory[hashes + 32 * number:hashes + 32 * (number + 1)]
-
-                self.assertEqual(special, 3)
-                for number, content in ((-1, info_plist), (-2, slots[2]), (-3, resources)):
-                    self.assertEqual(slot(number), hashlib.sha256(content).digest(), f"slot {number}")
-                self.assertEqual(pages, -(-start // 4096))
-                for number in range(pages):
-                    content = part.file[4096 * number:min(4096 * (number + 1), start)]
-                    self.assertEqual(slot(number), hashlib.sha256(content).digest(), f"page {number} of {part.name}")
-
-        text = self.slices["x86_64"].sections["__TEXT,__text"].offset
-        signature, _ = self.slices["arm64"].fields(macho.LC_CODE_SIGNATURE, "2I")
-        self.holds(fact, (self.data, info_plist, resources),
-                   (self.in_slice("x86_64", text, b"\xCC"), info_plist, resources),
-                   (self.in_slice("arm64", signature + 51, b"\0"), info_plist, resources),
-                   (self.data, info_plist.replace(b"1.0", b"1.1"), resources),
-                   (self.data, info_plist, resources + b"\n"))
-
-    def test_bound_libraries(self) -> None:
-        """Exceptions and classes come from the libraries in which macOS has them, by two-level names."""
-        expected = {
-            "_OBJC_CLASS_$_NSAlert": "AppKit", "_OBJC_CLASS_$_NSTask": "Foundation",
-            "_OBJC_EHTYPE_$_NSException": "CoreFoundation", "___CFConstantStringClassReference": "CoreFoundation",
-            "_objc_msgSend": "libobjc", "___gxx_personality_v0": "libc++", "dyld_stub_binder": "libSystem",
-        }
-
-        def fact(data: bytes) -> None:
-            for architecture in ("x86_64", "arm64"):
-                found = dict(bindings(data, architecture).values())
-                self.assertEqual({name: found.get(name, "").partition(".")[0] for name in expected}, expected)
-
-        self.holds(fact, self.data, renamed(self.data, b"_OBJC_EHTYPE_$_NSException", b"_OBJC_EHTYPE_$_NSExceptioo"))
+        app, name = files(APP / "Contents"), f"MacOS/{PRODUCT}"
+        self.holds(fact, app,
+                   app | {name: replaced(self.data, 20_000, b"\xCC")},
+                   app | {name: patched(self.data, rb"(?<=\xFA\xDE\x0C\x02.{11})\x02", b"\0")},  # not ad hoc
+                   app | {"Info.plist": app["Info.plist"].replace(b"1.0", b"1.1")},
+                   app | {"_CodeSignature/CodeResources": app["_CodeSignature/CodeResources"] + b"\n"})
 
 
 if __name__ == "__main__":
