@@ -21,7 +21,7 @@ static_assert(allAre<bool, BOOL>);
 #endif
 static_assert(allAre<long, NSInteger, NSModalResponse>);
 static_assert(allAre<unsigned long, NSUInteger, NSStringEncoding, NSSearchPathDomainMask, NSWindowStyleMask,
-    NSEventModifierFlags>);
+    NSEventModifierFlags, decltype(NSRange::length)>);
 static_assert(allAre<unsigned long long, NSEventMask>);
 static_assert(allAre<double, CGFloat>);
 static_assert(allAre<unsigned short, unichar>);
@@ -31,7 +31,6 @@ static_assert(allConsistOf<NSInteger, NSTextAlignment>);
 
 // The structures.
 static_assert(sizeof(NSRange) == 16 && offsetof(NSRange, length) == 8);
-static_assert(allAre<NSUInteger, decltype(NSRange::length)>);
 static_assert(sizeof(NSRect) == 32 && offsetof(NSRect, size) == 16);
 static_assert(offsetof(NSRect, origin.y) == 8 && offsetof(NSRect, size.height) == 24);
 static_assert(sizeof(NSFastEnumerationState) == 64 && offsetof(NSFastEnumerationState, itemsPtr) == 8 &&
@@ -52,10 +51,8 @@ static_assert(NSUTF8StringEncoding == 4 && NSModalResponseOK == 1 && NSAlertFirs
 // The functions and variables.
 static_assert(std::is_same_v<decltype(NSApplicationMain), int(int, const char **)>);
 static_assert(std::is_same_v<decltype(NSApp), __kindof NSApplication *>);
-static_assert(std::is_same_v<NSNotificationName, NSString *>);
-static_assert(std::is_same_v<decltype(NSApplicationWillFinishLaunchingNotification), NSNotificationName>);
-static_assert(std::is_same_v<decltype(NSHomeDirectory), NSString *()>);
-static_assert(std::is_same_v<decltype(NSTemporaryDirectory), NSString *()>);
+static_assert(allAre<NSString *, NSNotificationName, decltype(NSApplicationWillFinishLaunchingNotification)>);
+static_assert(allAre<NSString *(), decltype(NSHomeDirectory), decltype(NSTemporaryDirectory)>);
 static_assert(std::is_same_v<decltype(NSSearchPathForDirectoriesInDomains),
     NSArray<NSString *> *(NSSearchPathDirectory, NSSearchPathDomainMask, BOOL)>);
 static_assert(std::is_same_v<decltype(NSMakeRange(0, 0)), NSRange>);
