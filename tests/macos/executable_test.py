@@ -111,6 +111,18 @@ class ExecutableTest(FactTest):
                    patched(self.data, rb"(?<=__text\0{10}__TEXT\0{10}.{28})\0{4}", b"\3\0\0\0"),
                    patched(self.data, rb"(?<=\x0B\0{3}\x50\0{3}.{68})\0{4}", b"\3\0\0\0"))  # LC_DYSYMTAB
 
+    def test_exceptions_pass_the_routines_of_both_languages(self) -> None:
+        def fact(data: bytes) -> None:
+            for architecture in BOOL:
+                said = objdump(data, architecture, "--unwind-info", "--bind")
+                pointers = re.findall(r" personality\[\d+\]: 0x(\w+)", said)
+                routines = [re.findall(rf"(?m) 0x1{pointer.upper()} .* (\S+)$", said) for pointer in pointers]
+                self.assertCountEqual(routines, [["___objc_personality_v0"], ["___gxx_personality_v0"]])
+
+        self.holds(fact, self.data,
+                   patched(self.data, rb"(?<=\x01\0{3}\x1C\0{3}.{8})\x02(?=\0{3})", b"\0"),  # their number
+                   renamed(self.data, b"___objc_personality_v0", b"___objc_personality_v1"))
+
     def test_undefined_symbols_are_the_allowed_ones(self) -> None:
         """Each symbol of the list is used, and comes by a two-level name from the library in which macOS has it."""
         placed = {("AppKit", "_OBJC_CLASS_$_NSAlert"), ("Foundation", "_OBJC_CLASS_$_NSTask"),
