@@ -3,16 +3,17 @@
 #include "Slice.hpp"
 
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
+#include <fstream>
 #include <sys/mman.h>
-#include <unistd.h>
 
 namespace
 {
 
-std::vector<std::uint8_t *> functions;
-std::vector<std::vector<std::uint8_t>> firstInstructions;
-std::uint8_t *entered; // The mapped file.
+int record; // The file.
+std::uint64_t slide;
+std::map<std::uint8_t *, std::vector<std::uint8_t>> firstInstructions; // By the functions.
 
 void write(std::uint8_t *function, std::span<const std::uint8_t> instruction)
 {
@@ -24,35 +25,29 @@ void write(std::uint8_t *function, std::span<const std::uint8_t> instruction)
 void handleBreakpoint(int, siginfo_t *, void *context)
 {
     auto *function = machine::takeBreakpoint(*static_cast<ucontext_t *>(context));
-    const auto index = std::ranges::lower_bound(functions, function) - functions.begin();
-    write(function, firstInstructions[index]);
-    entered[index] = 1;
+    write(function, firstInstructions.at(function));
+    dprintf(record, "%016lx\n", reinterpret_cast<std::uint64_t>(function) - slide);
 }
 
 }
 
-void recordCoverage(const Image &image, const std::string &path)
+void recordCoverage(const Image &image, const std::filesystem::path &folder)
 {
-    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
-    if (file < 0) {
+    record = open((folder / "Coverage").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    if (record < 0) {
         return;
     }
-    functions = image.functions;
-    void *bytes = ftruncate(file, static_cast<off_t>(functions.size())) == 0
-        ? mmap(nullptr, functions.size(), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0)
-        : MAP_FAILED;
-    if (bytes == MAP_FAILED) {
-        refuse("cannot write " + path);
-    }
-    entered = static_cast<std::uint8_t *>(bytes);
+    slide = image.slide;
     struct sigaction action = {};
     action.sa_sigaction = handleBreakpoint;
     action.sa_flags = SA_SIGINFO;
     sigaction(SIGTRAP, &action, nullptr);
     const auto code = image.section<std::uint8_t>("__text");
     mprotect(image.header, &*code.end() - image.header, PROT_READ | PROT_WRITE | PROT_EXEC);
-    for (auto *function : functions) {
-        firstInstructions.emplace_back(function, function + machine::breakpoint.size());
+    std::ifstream functions(folder / "Functions");
+    for (std::uint64_t address = 0; functions >> std::hex >> address;) {
+        auto *function = image.at(address);
+        firstInstructions[function] = { function, function + machine::breakpoint.size() };
         write(function, machine::breakpoint);
     }
 }

@@ -6,10 +6,10 @@
 
 #import <Cocoa/Cocoa.h>
 
+#include <cstdlib>
 #include <cxxabi.h>
 #include <dlfcn.h>
 #import <objc/message.h>
-#import <objc/objc-exception.h>
 #import <objc/runtime.h>
 #include <typeinfo>
 #include <unwind.h>
@@ -88,19 +88,13 @@ std::map<std::string_view, std::uintptr_t> makeBridges()
             address(+[](id self, SEL, id value, std::ptrdiff_t at) { setVariable(self, at, [value retain]); }) },
         { "_objc_setProperty_nonatomic_copy",
             address(+[](id self, SEL, id value, std::ptrdiff_t at) { setVariable(self, at, [value copy]); }) },
-        { "_objc_enumerationMutation", address(+[](id mutated) {
-             [NSException raise:NSGenericException format:@"%@ was mutated while being enumerated", mutated];
-         }) },
+        { "_objc_enumerationMutation", address(std::abort) }, // The product changes no collection in a loop.
         { "_objc_begin_catch", address(beginCatch) },
         { "_objc_end_catch", address(dlsym(RTLD_DEFAULT, "__cxa_end_catch")) },
-        { "_objc_exception_throw", address(objc_exception_throw) },
-        { "_objc_exception_rethrow", address(dlsym(RTLD_DEFAULT, "__cxa_rethrow")) },
         { "___objc_personality_v0", address(personality) },
-        { "_OBJC_EHTYPE_id", 0 },                            // A handler without a type catches every object.
         { "_OBJC_CLASS_$_NSTask", address([NSTask class]) }, // The platform's header gives our class this name.
         { "__objc_empty_cache", 0 },                         // GNU's runtime has its own cache.
         { "___CFConstantStringClassReference", address(objc_lookUpClass("NSConstantString")) },
-        { "___NSArray0__", address(new id([[NSArray alloc] init])) },
         { "___NSDictionary0__", address(new id([[NSDictionary alloc] init])) },
         { "___stack_chk_guard", address(new std::uintptr_t(0x2a6f0d51c4e97b00)) },
         { "dyld_stub_binder", 0 }, // Everything is bound before the start.

@@ -8,14 +8,8 @@
 #include <ucontext.h>
 #include <vector>
 
-struct Image;
-
 namespace machine
 {
-
-/// Apple's name of the machine, and its number in a Mach-O file.
-extern const std::string_view name;
-extern const std::uint32_t processor;
 
 /// DWARF's columns of the frame pointer and the return address. A frame's address is the frame pointer + 16. The return
 /// address and the caller's frame pointer are right below it.
@@ -31,15 +25,13 @@ std::uint8_t *takeBreakpoint(ucontext_t &context);
 
 /// Registers a selector (a SEL) of the slice for its message sends. Refuses the name of a variadic platform method that
 /// needs a bridge and has none.
-void noteSelector(const Image &slice, std::string_view name, const void *selector);
+void noteSelector(std::string_view name, const void *selector);
 
-/// Returns the address of an import that only this machine has, or the address of this machine's bridge to `found`.
-/// Otherwise returns `found`.
+/// Returns the address of this machine's bridge to the import `found`, or `found` if it needs none.
 std::uintptr_t bridgedImport(std::string_view name, std::uintptr_t found);
 
 }
 
-extern "C" {
-/// Message sends with the interface of Apple's runtime, in Sends.S. A message to nil returns zero of any type.
-extern const char sendMessage, sendSuper;
-}
+/// Message sends with the interface of Apple's runtime, in Sends.S. A message to nil returns zero: a number, a pointer,
+/// or a structure of two of them. A structure that is returned in memory is not supported.
+extern "C" const char sendMessage, sendSuper;

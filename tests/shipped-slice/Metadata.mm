@@ -93,23 +93,6 @@ void addMethods(Class extended, const List<Method> *methods)
     }
 }
 
-Protocol *protocolOf(const ProtocolRecord *record)
-{
-    Protocol *protocol = objc_getProtocol(record->name);
-    if (!protocol) {
-        refuse("the slice names the protocol " + std::string(record->name) + ", which is not known");
-    }
-    return protocol;
-}
-
-void adoptProtocols(Class adopting, const ProtocolList *protocols)
-{
-    for (const auto *record :
-        protocols ? std::span(protocols->entries, protocols->count) : std::span<const ProtocolRecord *const> {}) {
-        class_addProtocol(adopting, protocolOf(record));
-    }
-}
-
 void addClass(const Image &image, const ClassRecord *record)
 {
     const Description &own = *record->description;
@@ -120,7 +103,12 @@ void addClass(const Image &image, const ClassRecord *record)
     }
     addMethods(added, own.methods);
     addMethods(object_getClass(added), record->metaclass->description->methods);
-    adoptProtocols(added, own.protocols);
+    for (std::uint64_t i = 0; own.protocols && i < own.protocols->count; ++i) {
+        const char *name = own.protocols->entries[i]->name;
+        if (!class_addProtocol(added, objc_getProtocol(name))) {
+            refuse("the slice adopts the protocol " + std::string(name) + ", which is not known");
+        }
+    }
     objc_registerClassPair(added);
     for (const auto &variable : variables) { // Offsets cannot change: the compiler may have put them into instructions.
         const auto offset = ivar_getOffset(class_getInstanceVariable(added, variable.name));
@@ -135,9 +123,9 @@ void addClass(const Image &image, const ClassRecord *record)
 
 void connectMetadata(const Image &image)
 {
-    constexpr std::array<std::string_view, 13> known { "__objc_methname", "__objc_classrefs", "__objc_superrefs",
+    constexpr std::array<std::string_view, 12> known { "__objc_methname", "__objc_classrefs", "__objc_superrefs",
         "__objc_selrefs", "__objc_classlist", "__objc_catlist", "__objc_nlcatlist", "__objc_const", "__objc_data",
-        "__objc_ivar", "__objc_imageinfo", "__objc_protolist", "__objc_protorefs" };
+        "__objc_ivar", "__objc_imageinfo", "__objc_protolist" };
     for (const auto &[name, content] : image.sections) {
         if (name.starts_with("__objc_") && !std::ranges::count(known, name)) {
             refuse("the slice has Objective-C metadata in " + name + ", which is not known");
@@ -151,10 +139,7 @@ void connectMetadata(const Image &image)
     }
     for (auto &selector : image.section<const char *>("__objc_selrefs")) {
         const char *name = std::exchange(selector, reinterpret_cast<const char *>(sel_registerName(selector)));
-        machine::noteSelector(image, name, selector);
-    }
-    for (auto &reference : image.section<const void *>("__objc_protorefs")) {
-        reference = protocolOf(static_cast<const ProtocolRecord *>(reference));
+        machine::noteSelector(name, selector);
     }
     for (const auto *record : image.section<const ClassRecord *>("__objc_classlist")) {
         addClass(image, record);
@@ -163,7 +148,9 @@ void connectMetadata(const Image &image)
         const Class extended = classOf(image, category->extended);
         addMethods(extended, category->methods);
         addMethods(object_getClass(extended), category->classMethods);
-        adoptProtocols(extended, category->protocols);
+        if (category->protocols) {
+            refuse("the category " + std::string(category->name) + " adopts a protocol");
+        }
     }
     for (const auto name : { "__objc_classrefs", "__objc_superrefs" }) {
         for (auto &reference : image.section<const void *>(name)) {
@@ -175,11 +162,7 @@ void connectMetadata(const Image &image)
 void callLoadMethods(const Image &image)
 {
     for (const auto *category : image.section<const CategoryRecord *>("__objc_nlcatlist")) {
-        for (const auto &method : category->classMethods->entriesOf(category->classMethods)) {
-            const SEL selector = sel_registerName(method.name);
-            if (sel_isEqual(selector, @selector(load))) {
-                method.implementation(classOf(image, category->extended), selector);
-            }
-        }
+        const Class extended = classOf(image, category->extended); // A message would initialise it too early.
+        method_getImplementation(class_getClassMethod(extended, @selector(load)))(extended, @selector(load));
     }
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <span>
 #include <string>
@@ -21,9 +22,11 @@ std::uintptr_t addressOfImport(std::string_view name);
 
 /// The slice in memory. It stays there until the program ends.
 struct Image {
-    /// Maps this machine's slice of an executable to another address than its link address, and binds its imports.
-    explicit Image(const std::string &path);
+    /// Maps the file "Slice" to another address than its link address, and changes each pointer of the file "Fixups".
+    explicit Image(const std::filesystem::path &folder);
 
+    /// The place of a link address.
+    std::uint8_t *at(std::uint64_t address) const { return reinterpret_cast<std::uint8_t *>(address + slide); }
     /// A section as an array; empty if there is no such section.
     template <typename T> std::span<T> section(std::string_view name) const
     {
@@ -33,16 +36,17 @@ struct Image {
     }
     bool contains(const void *address) const { return address >= header && address < end; }
 
-    std::uint8_t *header, *end, *entry;    // The file's offsets count from the header. The entry is main().
-    std::vector<std::uint8_t *> functions; // Their first addresses, in order.
-    std::map<std::string, std::span<std::uint8_t>, std::less<>> sections; // The sections that are not empty, by name.
+    std::uint8_t *header, *end, *entry; // The file's offsets count from the header. The entry is main().
+    std::uint64_t slide;                // The distance from the link address.
+    std::map<std::string, std::span<std::uint8_t>, std::less<>> sections; // By name.
 };
 
-/// Registers the slice's frames with the unwinder, so that exceptions pass through them.
-void registerFrames(const Image &image);
+/// Registers the frames of the functions in the file "Frames" with the unwinder, so that exceptions pass through them.
+void registerFrames(const Image &image, const std::filesystem::path &folder);
 /// Registers the slice's classes and categories with the Objective-C runtime, and links the slice to the runtime's.
 void connectMetadata(const Image &image);
 /// Calls `load` of the slice's categories, as a Mac's runtime does before main().
 void callLoadMethods(const Image &image);
-/// Sets the byte of each function in a file to 1 when the function is first entered. Does nothing without the file.
-void recordCoverage(const Image &image, const std::string &path);
+/// Writes the first address of each function that is entered to the file "Coverage", in the order of the first entry.
+/// Does nothing without the file.
+void recordCoverage(const Image &image, const std::filesystem::path &folder);

@@ -1,6 +1,6 @@
 // Runs a slice of a Mac executable on Debian, with this program's arguments and environment. The link "Slice" next to
-// this program points to the executable. If there is also a file "Coverage", this program records there which functions
-// of the slice were entered.
+// this program points to the executable. The files "Fixups", "Frames" and "Functions" there say what LLVM's tools read
+// in it. If there is also a file "Coverage", this program records there which functions of the slice were entered.
 #include "Slice.hpp"
 
 #include <filesystem>
@@ -11,10 +11,10 @@ int main(int argc, const char *argv[])
 {
     const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    const Image image(folder / "Slice");
-    registerFrames(image);
+    const Image image(folder);
+    registerFrames(image, folder);
     connectMetadata(image);
-    recordCoverage(image, folder / "Coverage");
+    recordCoverage(image, folder);
     // libobjc 4 has a bug: a method that is exchanged before its class gets its first message is also exchanged in
     // other classes that have had no message. The platform exchanges a `defaultCenter`, so this class gets a message
     // first.

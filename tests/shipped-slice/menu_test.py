@@ -1,21 +1,19 @@
-"""Reads the running menu bar of the shipped slice item by item, and uses it: see MenuQuestions.mm.
+"""Reads the running menu bar of the shipped slice item by item, uses it, and tests the parts of the controller that no
+journey reaches: see Questions.mm.
 
 On Debian the Command key is Alt. GNUstep decides here which items are enabled, and that "Quit" ends the tool even while
 an alert is open; AppKit refuses to quit then.
 """
 
-import sys
 import unittest
 
 import slices
-
-sys.path[:0] = [str(slices.ROOT / folder) for folder in ("tests/driver", "tests/journeys")]
 import driver
 import phrases
 import window_journeys
 
 COMMAND, COMMAND_AND_OPTION = 1 << 20, 1 << 20 | 1 << 19
-SEPARATOR = "-"
+SEPARATOR = ("-----------", "", "", COMMAND)  # As GNUstep has it.
 
 # The expected menu bar: title, selector, key equivalent, modifiers. A menu's title comes before its items.
 MENU_BAR = [
@@ -46,26 +44,20 @@ DISABLED = {
 }
 
 
-def items(text: str) -> tuple[list[str | tuple[str, str, str, int]], set[str]]:
-    """Returns the items that MenuQuestions.mm printed for one state, and the titles of the disabled items."""
-    found: list[str | tuple[str, str, str, int]] = []
-    disabled = set()
-    for line in text.splitlines():
-        if line == SEPARATOR:
-            found.append(line)
-            continue
-        title, action, key, modifiers, state = line.split("|")
-        found.append((title, action, key, int(modifiers, 16)))
-        if state == "disabled":
-            disabled.add(title)
-    return found, disabled
+def items(text: str) -> tuple[list[tuple[str, str, str, int]], set[str]]:
+    """Returns the items that Questions.mm wrote for one state, and the titles of those that are disabled."""
+    rows = [line.split("|") for line in text.splitlines()]
+    return ([(title, action, key, int(modifiers, 16)) for title, action, key, modifiers, _ in rows],
+            {title for title, *_, enabled in rows if enabled == "0"} - {SEPARATOR[0]})
 
 
 class MenuTest(unittest.TestCase):
-    def test_each_item_and_what_it_does_to_an_alert(self) -> None:
-        bundle = slices.BUILD / "tests/shipped-slice/MenuQuestions.bundle"
+    def test_each_question_is_answered(self) -> None:
+        bundle = slices.BUILD / "tests/shipped-slice/Questions.bundle"
         with driver.PracticeMac(locations="none", licence=False, agent=False, daemon=False) as mac:
-            written = mac.run(str(driver.TOOL), "-GSAppKitUserBundles", f'("{bundle}")')
+            ask = [str(driver.TOOL), "-GSAppKitUserBundles", f'("{bundle}")']
+            mac.run(*ask)
+            written = mac.run(*ask, "-AskMenu", "YES")
         answers = dict(part.split("\n", 1) for part in written.split("\n# ")[1:])
         for state, disabled in DISABLED.items():
             with self.subTest(state):
@@ -75,34 +67,16 @@ class MenuTest(unittest.TestCase):
                           "Hide Others: still open", "Show All: still open"],
                          answers["chosen while the alert is open"].splitlines())
 
-    def test_quit_ends_the_tool(self) -> None:
-        with driver.PracticeMac() as mac, mac.open_tool() as tool:
-            tool.key("alt+q")
-            window_journeys.judge_ended_well(tool)
-            phrases.judge_kept(mac)
-
-    def test_close_closes_the_window_and_so_ends_the_tool(self) -> None:
-        with driver.PracticeMac() as mac, mac.open_tool() as tool:
-            tool.key("alt+w")
-            window_journeys.judge_ended_well(tool)
-            phrases.judge_kept(mac)
-
-    def test_no_key_of_the_menu_answers_an_alert(self) -> None:
-        with driver.PracticeMac() as mac, mac.open_tool() as tool:
-            tool.press("Remove Quorlen 3")
-            tool.sees_alert(phrases.CONFIRM)
-            for key in "xcvamw":
-                tool.key(f"alt+{key}")
-            tool.sees_alert(phrases.CONFIRM)
-            tool.press("Cancel")  # The alert is still open.
-            tool.rests(phrases.DETECTED)
-            tool.logged()
-            tool.press("Remove Quorlen 3")
-            tool.sees_alert(phrases.CONFIRM)
-            tool.key("alt+q")
-            window_journeys.judge_ended_well(tool)
-            phrases.judge_kept(mac)
-            driver.expect_equal((mac.desktop(), mac.calls()), ([], []), "traces")
+    def test_quit_and_close_end_the_tool(self) -> None:
+        for at_alert, key in ((False, "alt+q"), (False, "alt+w"), (True, "alt+q")):
+            with self.subTest(key, at_alert=at_alert), driver.PracticeMac() as mac, mac.open_tool() as tool:
+                if at_alert:
+                    tool.press("Remove Quorlen 3")
+                    tool.sees_alert(phrases.CONFIRM)
+                tool.key(key)
+                window_journeys.judge_ended_well(tool)
+                phrases.judge_kept(mac)
+                driver.expect_equal((mac.desktop(), mac.calls()), ([], []), "traces")
 
 
 if __name__ == "__main__":

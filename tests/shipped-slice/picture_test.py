@@ -2,12 +2,9 @@
 
 import pathlib
 import subprocess
-import sys
 import unittest
 
 import slices
-
-sys.path.insert(0, str(slices.ROOT / "tests/driver"))
 import driver
 
 
@@ -27,8 +24,6 @@ def pictures(mac: driver.PracticeMac, name: str, program: pathlib.Path) -> tuple
 def differing_pixels(one: pathlib.Path, other: pathlib.Path) -> int:
     """Returns the number of pixels in which two pictures differ."""
     compared = subprocess.run(["compare", "-metric", "AE", one, other, "null:"], stderr=subprocess.PIPE, text=True)
-    if compared.returncode > 1:
-        raise AssertionError(f"the pictures cannot be compared: {compared.stderr}")
     return int(float(compared.stderr))
 
 

@@ -7,13 +7,12 @@
 #include <cstdarg>
 #import <Foundation/Foundation.h>
 #import <objc/message.h>
+#include <regex>
 #include <utility>
 
 namespace machine
 {
 
-const std::string_view name = "arm64";
-const std::uint32_t processor = 0x0100000c;
 const std::uint8_t framePointer = 29, returnAddress = 30;
 
 std::optional<std::vector<std::uint8_t>> savedRegisters(std::uint32_t encoding)
@@ -52,8 +51,8 @@ namespace
 
 // In Apple's convention a constructor and a destructor return the object, and callers rely on that.
 
-std::array<void (*)(void *, long, long, long, long, long, long, long), 8>
-    originals; // The function that each bridge calls.
+using Function = void (*)(void *, long, long, long, long, long, long, long);
+std::array<Function, 8> originals; // The function that each bridge calls.
 
 template <std::size_t index> void *returnObject(void *object, long a, long b, long c, long d, long e, long f, long g)
 {
@@ -68,66 +67,49 @@ template <std::size_t... indexes> auto bridges(std::index_sequence<indexes...>)
 
 // Apple's convention passes the arguments of "..." on the stack. Debian's passes them in registers first.
 
-/// A method in Apple's convention, with one or two objects before the "...". Named arguments use all registers, so the
-/// others are read from the stack.
+/// A method in Apple's convention, with a format before the "...". Named arguments use all registers, so the others are
+/// read from the stack.
 template <auto method>
-id variadic(id self, SEL, id first, id second, long, long, long, long, double, double, double, double, double, double,
+id variadic(id self, SEL, id format, long, long, long, long, long, double, double, double, double, double, double,
     double, double last, ...)
 {
     va_list arguments;
     va_start(arguments, last);
-    id result = method(self, first, second, arguments);
+    id result = method(self, format, arguments);
     va_end(arguments);
     return result;
 }
 
-id stringWithFormat(id self, id format, id, va_list arguments)
+id stringWithFormat(id self, id format, va_list arguments)
 {
     return [[[self alloc] initWithFormat:format arguments:arguments] autorelease];
 }
 
-id stringByAppendingFormat(id self, id format, id, va_list arguments)
+id stringByAppendingFormat(id self, id format, va_list arguments)
 {
-    return [self stringByAppendingString:stringWithFormat([NSString class], format, nil, arguments)];
+    return [self stringByAppendingString:stringWithFormat([NSString class], format, arguments)];
 }
 
-id raise(id self, id name, id format, va_list arguments)
-{
-    [self raise:name format:format arguments:arguments];
-    return nil;
-}
-
-const std::map<std::string_view, decltype(&variadic<raise>)> bridged {
+const std::map<std::string_view, decltype(&variadic<stringWithFormat>)> bridged {
     { "stringWithFormat:", variadic<stringWithFormat> },
     { "stringByAppendingFormat:", variadic<stringByAppendingFormat> },
-    { "raise:format:", variadic<raise> },
 };
 
 // The other variadic methods that GNUstep declares.
 constexpr std::string_view unknown[] { "appendFormat:", "arrayWithObjects:", "dictionaryWithObjectsAndKeys:", "error:",
     "decodeValuesOfObjCTypes:", "encodeValuesOfObjCTypes:", "initWithColorsAndLocations:", "initWithFormat:",
     "initWithFormat:locale:", "initWithObjects:", "initWithObjectsAndKeys:", "localizedStringWithFormat:",
-    "orderedSetWithObjects:", "predicateWithFormat:", "setWithObjects:",
+    "orderedSetWithObjects:", "predicateWithFormat:", "raise:format:", "setWithObjects:",
     "alertWithMessageText:defaultButton:alternateButton:otherButton:informativeTextWithFormat:",
     "handleFailureInFunction:file:lineNumber:description:",
     "handleFailureInMethod:object:file:lineNumber:description:" };
 
 std::map<const void *, IMP> variadicMethods; // By the slice's selectors.
-const Image *caller;                         // The slice.
-
-/// Returns the method to call for the receiver's method `found`: its bridge, or itself.
-IMP callable(IMP found, SEL selector)
-{
-    const auto method = variadicMethods.find(reinterpret_cast<const void *>(selector));
-    const bool isPlatforms = !caller->contains(reinterpret_cast<const void *>(found));
-    return method != variadicMethods.end() && isPlatforms ? method->second : found;
-}
 
 }
 
-void noteSelector(const Image &slice, std::string_view name, const void *selector)
+void noteSelector(std::string_view name, const void *selector)
 {
-    caller = &slice;
     if (std::ranges::count(unknown, name)) {
         refuse("the slice sends " + std::string(name) + ", whose arguments are not where this system expects them");
     }
@@ -138,34 +120,24 @@ void noteSelector(const Image &slice, std::string_view name, const void *selecto
 
 std::uintptr_t bridgedImport(std::string_view name, std::uintptr_t found)
 {
-    static const auto all = bridges(std::make_index_sequence<std::tuple_size_v<decltype(originals)>>());
+    static const auto all = bridges(std::make_index_sequence<originals.size()>());
     static std::size_t count = 0;
-    constexpr std::string_view marks[] { "C1E", "C2E", "D1E",
-        "D2E" }; // Parts of the mangled names of constructors and destructors.
-    const auto isMarked = [&](std::string_view mark) { return name.find(mark) != name.npos; };
-    if (!found || !name.starts_with("__ZN") || std::ranges::none_of(marks, isMarked)) {
+    static const std::regex constructorOrDestructor("__ZN.*[CD][12]E.*"); // In a mangled name.
+    if (!found || !std::regex_match(name.begin(), name.end(), constructorOrDestructor)) {
         return found;
     }
     if (count == all.size()) {
         refuse("the slice imports more than " + std::to_string(count) + " constructors and destructors");
     }
-    originals[count] = reinterpret_cast<decltype(originals)::value_type>(found);
+    originals[count] = reinterpret_cast<Function>(found);
     return reinterpret_cast<std::uintptr_t>(all[count++]);
 }
 
 }
 
-extern "C" {
-IMP lookUpSuperMethod(const objc_super *reference, SEL selector);
-
-// Sends.S calls this.
-IMP lookUpMethod(id receiver, SEL selector)
+/// Returns the method to call: the bridge of a variadic method, or the receiver's method. Sends.S calls this.
+extern "C" IMP lookUpMethod(id receiver, SEL selector)
 {
-    return machine::callable(objc_msg_lookup(receiver, selector), selector);
-}
-
-IMP lookUpMethodOfSuper(const objc_super *reference, SEL selector)
-{
-    return machine::callable(lookUpSuperMethod(reference, selector), selector);
-}
+    const auto bridge = machine::variadicMethods.find(reinterpret_cast<const void *>(selector));
+    return bridge != machine::variadicMethods.end() ? bridge->second : objc_msg_lookup(receiver, selector);
 }

@@ -6,28 +6,18 @@
 .macro SEND name, lookup, super
     .globl \name
 \name:
-    stp x29, x30, [sp, #-16]!
-    stp x0, x1, [sp, #-208]!
-    stp x2, x3, [sp, #16]
-    stp x4, x5, [sp, #32]
-    stp x6, x7, [sp, #48]
-    str x8, [sp, #64] // The address for a returned structure.
-    stp q0, q1, [sp, #80]
-    stp q2, q3, [sp, #112]
-    stp q4, q5, [sp, #144]
-    stp q6, q7, [sp, #176]
+    stp x29, x30, [sp, #-144]!
+    .irp number, 0, 1, 2, 3, 4, 5, 6, 7
+    str x\number, [sp, #16 + 8 * \number]
+    str d\number, [sp, #80 + 8 * \number]
+    .endr
     bl \lookup
     mov x16, x0
-    ldp q6, q7, [sp, #176]
-    ldp q4, q5, [sp, #144]
-    ldp q2, q3, [sp, #112]
-    ldp q0, q1, [sp, #80]
-    ldr x8, [sp, #64]
-    ldp x6, x7, [sp, #48]
-    ldp x4, x5, [sp, #32]
-    ldp x2, x3, [sp, #16]
-    ldp x0, x1, [sp], #208
-    ldp x29, x30, [sp], #16
+    .irp number, 0, 1, 2, 3, 4, 5, 6, 7
+    ldr x\number, [sp, #16 + 8 * \number]
+    ldr d\number, [sp, #80 + 8 * \number]
+    .endr
+    ldp x29, x30, [sp], #144
     .ifnb \super
     ldr x0, [x0]
     .endif
@@ -39,11 +29,10 @@
 sendMessage:
     cbnz x0, sendToObject
     mov x1, #0
-    .irp number, 0, 1, 2, 3
-    movi d\number, #0
-    .endr
+    movi d0, #0
+    movi d1, #0
     ret
 SEND sendToObject, lookUpMethod
-SEND sendSuper, lookUpMethodOfSuper, super
+SEND sendSuper, lookUpSuperMethod, super
 
     .section .note.GNU-stack, "", %progbits

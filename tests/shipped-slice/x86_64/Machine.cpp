@@ -6,8 +6,6 @@
 namespace machine
 {
 
-const std::string_view name = "x86_64";
-const std::uint32_t processor = 0x01000007;
 const std::uint8_t framePointer = 6, returnAddress = 16;
 
 std::optional<std::vector<std::uint8_t>> savedRegisters(std::uint32_t encoding)
@@ -34,13 +32,12 @@ std::uint8_t *takeBreakpoint(ucontext_t &context)
     return reinterpret_cast<std::uint8_t *>(--context.uc_mcontext.gregs[REG_RIP]); // It points after the instruction.
 }
 
-extern "C" const char sendMessageForStructure; // In Sends.S. This machine returns large structures differently.
-
-std::uintptr_t bridgedImport(std::string_view name, std::uintptr_t found)
+// Constructors, destructors and variadic calls are the same on both systems.
+std::uintptr_t bridgedImport(std::string_view, std::uintptr_t found)
 {
-    return name == "_objc_msgSend_stret" ? reinterpret_cast<std::uintptr_t>(&sendMessageForStructure) : found;
+    return found;
 }
 
-void noteSelector(const Image &, std::string_view, const void *) { } // Variadic calls are the same on both systems.
+void noteSelector(std::string_view, const void *) { }
 
 }
