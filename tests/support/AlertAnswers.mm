@@ -28,10 +28,12 @@ std::function<void(NSWindow *)> answerPanel;
 - (NSModalSession)beginAnsweredModalSessionForWindow:(NSWindow *)window
 {
     const NSModalSession session = [self beginAnsweredModalSessionForWindow:window];
-    [self performSelector:@selector(answerModalPanel:)
-               withObject:window
-               afterDelay:0
-                  inModes:@[ NSModalPanelRunLoopMode ]];
+    if (answerPanel) { // Else a session that handles no events would keep its panel.
+        [self performSelector:@selector(answerModalPanel:)
+                   withObject:window
+                   afterDelay:0
+                      inModes:@[ NSModalPanelRunLoopMode ]];
+    }
     return session;
 }
 
