@@ -15,16 +15,7 @@ Strings calls;
 
 void sendKeyPress()
 {
-    [NSApp sendEvent:[NSEvent keyEventWithType:NSKeyDown
-                                            location:NSZeroPoint
-                                       modifierFlags:0
-                                           timestamp:0
-                                        windowNumber:0
-                                             context:nil
-                                          characters:@"a"
-                         charactersIgnoringModifiers:@"a"
-                                           isARepeat:NO
-                                             keyCode:0]];
+    [NSApp sendEvent:keyEvent(NSKeyDown, @"a")];
 }
 
 }

@@ -12,12 +12,6 @@ inline const std::map<std::string, std::string> reasonsNotToStart {
     { "not-a-program", "could not start the launch path (/usr/bin/ditto): Exec format error" },
 };
 
-inline Strings operator+(Strings first, const Strings &second)
-{
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
 /// Takes the reason away from every exception until its result is destroyed.
 inline SwizzledMethod noReasons()
 {

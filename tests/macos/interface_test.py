@@ -4,13 +4,13 @@ interface-facts.txt lists every method with its type encoding in the platform's 
 other facts; each build of the app compiles it. clang's library reads the declarations.
 """
 
-import ctypes
 import pathlib
 import re
 import shutil
 import tempfile
 import unittest
 
+from clang.cindex import CursorKind, Index
 from support import BOOL, COPIES, EXECUTABLE, HEADERS, LLVM, FactTest, accessors, clang, compiler_options, objdump
 
 HERE = pathlib.Path(__file__).parent
@@ -20,26 +20,7 @@ ALERT = "- (NSButton *)addButtonWithTitle:(NSString *)title;\n- (NSModalResponse
 # The compiler replaces these by calls of the runtime's functions, or needs them declared for an empty literal.
 WITHOUT_MESSAGE = {"+[NSObject alloc]", "-[NSObject retain]", "-[NSObject release]", "-[NSObject autorelease]",
                    "+[NSDictionary dictionaryWithObjects:forKeys:count:]"}
-
-
-class String(ctypes.Structure):
-    _fields_ = [("data", ctypes.c_void_p), ("flags", ctypes.c_uint)]
-
-
-class Cursor(ctypes.Structure):
-    _fields_ = [("kind", ctypes.c_int), ("data", ctypes.c_int), ("pointers", ctypes.c_void_p * 3)]
-
-
-VISITOR = ctypes.CFUNCTYPE(ctypes.c_int, Cursor, Cursor, ctypes.c_void_p)
-CLASS, CATEGORY, PROTOCOL, METHOD, CLASS_METHOD = 11, 12, 13, 16, 17  # CXCursorKind
-CONTINUE, RECURSE = 1, 2  # CXChildVisitResult
-
-# clang's library <clang-c/Index.h>: what its functions return.
-library = ctypes.CDLL(str(next((LLVM / "lib").glob("libclang-*.so.1"))))
-for function, result in (("createIndex", ctypes.c_void_p), ("parseTranslationUnit", ctypes.c_void_p),
-                         ("getTranslationUnitCursor", Cursor), ("getCursorUSR", String),
-                         ("getDeclObjCTypeEncoding", String), ("getCString", ctypes.c_char_p)):
-    getattr(library, f"clang_{function}").restype = result
+METHODS = {CursorKind.OBJC_INSTANCE_METHOD_DECL, CursorKind.OBJC_CLASS_METHOD_DECL}
 
 
 def declared(architecture: str, interface: pathlib.Path) -> dict[str, str]:
@@ -47,22 +28,15 @@ def declared(architecture: str, interface: pathlib.Path) -> dict[str, str]:
     resources = next((LLVM / "lib" / "clang").iterdir())
     options = compiler_options(architecture, interface)
     options += ["-resource-dir", str(resources), "-x", "objective-c++-header"]
-    unit = ctypes.c_void_p(library.clang_parseTranslationUnit(
-        ctypes.c_void_p(library.clang_createIndex(0, 1)), bytes(interface / "Cocoa" / "Cocoa.h"),
-        (ctypes.c_char_p * len(options))(*map(str.encode, options)), len(options), None, 0, 0))
-    assert library.clang_getNumDiagnostics(unit) == 0, "the interface doesn't compile cleanly"
+    unit = Index.create().parse(str(interface / "Cocoa" / "Cocoa.h"), args=options)
+    assert not list(unit.diagnostics), "the interface doesn't compile cleanly"
     found = {}
-
-    def visit(cursor: Cursor, _: Cursor, __: object) -> int:
-        if cursor.kind in (METHOD, CLASS_METHOD):
+    for cursor in unit.cursor.walk_preorder():
+        if cursor.kind in METHODS:
             # The USR also has a category's class: c:objc(cy)NSTask@NSDeprecated(im)launch
-            usr = library.clang_getCString(library.clang_getCursorUSR(cursor)).decode()
+            usr = cursor.get_usr()
             owner, mark, selector = re.fullmatch(r"c:objc\(\w\w\)(\w+)(?:@\w+)?\(([ic])m\)(.+)", usr).groups()
-            encoding = library.clang_getCString(library.clang_getDeclObjCTypeEncoding(cursor)).decode()
-            found[f"{'-' if mark == 'i' else '+'}[{owner} {selector}]"] = encoding
-        return RECURSE if cursor.kind in (CLASS, PROTOCOL, CATEGORY) else CONTINUE
-
-    library.clang_visitChildren(library.clang_getTranslationUnitCursor(unit), VISITOR(visit), None)
+            found[f"{'-' if mark == 'i' else '+'}[{owner} {selector}]"] = cursor.objc_type_encoding
     return found
 
 

@@ -89,16 +89,7 @@ struct EventMonitors : testing::Test {
 
     NSEvent *event(NSEventType type, NSString *characters)
     {
-        return [NSEvent keyEventWithType:type
-                                location:NSZeroPoint
-                           modifierFlags:0
-                               timestamp:0
-                            windowNumber:[shown.window() windowNumber]
-                                 context:nil
-                              characters:characters
-             charactersIgnoringModifiers:characters
-                               isARepeat:NO
-                                 keyCode:38];
+        return keyEvent(type, characters, [shown.window() windowNumber]);
     }
     NSEvent *key(NSString *characters) { return event(NSKeyDown, characters); }
 };

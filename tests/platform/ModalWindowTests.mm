@@ -32,15 +32,7 @@ TEST(ModalPanel, GetsTheFocusThatTheManagerOffersToTheWindowBehind)
     run({ "xdotool", "search", "--name", "^Test window$", "windowfocus" });
     EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() == "Test window\n"; }));
     // The event by which the platform reports the manager's offer to the window.
-    [NSApp sendEvent:[NSEvent otherEventWithType:NSAppKitDefined
-                                        location:NSZeroPoint
-                                   modifierFlags:0
-                                       timestamp:0
-                                    windowNumber:[shown.window() windowNumber]
-                                         context:nil
-                                         subtype:GSAppKitWindowFocusIn
-                                           data1:0
-                                           data2:0]];
+    [NSApp sendEvent:otherEvent(NSAppKitDefined, [shown.window() windowNumber], GSAppKitWindowFocusIn)];
     EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() == "Panel\n"; }));
     [NSApp endModalSession:session];
     [panel.get() orderOut:nil];

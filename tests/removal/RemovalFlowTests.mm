@@ -66,12 +66,6 @@ const SeenPanel failureAlert {
     { "OK" },
 };
 
-Strings operator+(Strings first, const Strings &second)
-{
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
 class RemovalFlow : public RoomTest
 {
 protected:

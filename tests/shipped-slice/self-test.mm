@@ -2,8 +2,6 @@
 // would show. It prints a line for each fact. Its exit status is the number of facts that do not hold.
 #import <Cocoa/Cocoa.h>
 
-#include <stdexcept>
-
 extern "C" int puts(const char *);
 
 // Declarations of the platform that the product does not need.
@@ -161,14 +159,6 @@ void passThroughPlatform(void (*raise)())
     record(@"(not passed)");
 }
 
-void *deleted;
-
-/// Its memory is not freed, so that a test can compare its address.
-struct Trouble : std::length_error {
-    using length_error::length_error;
-    [[gnu::noinline]] static void operator delete(void *memory) { deleted = memory; }
-};
-
 /// Calls `raise` and uses all registers that a function must preserve.
 [[gnu::noinline]] double useRegisters(void (*raise)(), const long *n, const double *d)
 {
@@ -216,17 +206,6 @@ void testExceptions()
         record(number == 7 ? @"seven" : @"another number");
     }
     expect(eventsWere(@"(block)(inner)(outer)seven"), "a C++ exception passes the handlers of objects by");
-
-    try {
-        throw std::length_error("text");
-    } catch (const std::length_error &error) {
-        expect([[NSString stringWithFormat:@"%s", error.what()] isEqualToString:@"text"],
-            "an exception class of the C++ library constructs its objects");
-    }
-    auto *const memory = new Trouble("text");
-    const std::exception *volatile trouble = memory;
-    delete trouble; // The compiler does not know the dynamic class, so it calls one function that destroys and frees.
-    expect(deleted == memory, "a destructor of the C++ library returns its object");
 }
 
 }

@@ -11,6 +11,13 @@
 
 using Strings = std::vector<std::string>;
 
+/// The strings of both lists, in this order.
+inline Strings operator+(Strings first, const Strings &second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
 /// The product's eleven locations, as absolute paths for this user.
 std::array<std::filesystem::path, 11> locations();
 

@@ -39,5 +39,11 @@ void write(const std::filesystem::path &file, const std::string &bytes);
 /// Handles events as the main loop does until a condition holds or a time limit passes. Returns whether it holds.
 bool handleEventsUntil(const std::function<bool()> &condition);
 
+/// A key event for the window with this number.
+NSEvent *keyEvent(NSEventType type, NSString *characters, NSInteger window = 0);
+
+/// An event for the window with this number that is of no mouse and no keyboard.
+NSEvent *otherEvent(NSEventType type, NSInteger window = 0, short subtype = 0);
+
 /// Posts an event to a modal loop. Only after an event does the loop check whether it must end.
 void wakeModalLoop();

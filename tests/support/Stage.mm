@@ -97,16 +97,34 @@ bool handleEventsUntil(const std::function<bool()> &condition)
     return true;
 }
 
+NSEvent *keyEvent(NSEventType type, NSString *characters, NSInteger window)
+{
+    return [NSEvent keyEventWithType:type
+                            location:NSZeroPoint
+                       modifierFlags:0
+                           timestamp:0
+                        windowNumber:window
+                             context:nil
+                          characters:characters
+         charactersIgnoringModifiers:characters
+                           isARepeat:NO
+                             keyCode:0];
+}
+
+NSEvent *otherEvent(NSEventType type, NSInteger window, short subtype)
+{
+    return [NSEvent otherEventWithType:type
+                              location:NSZeroPoint
+                         modifierFlags:0
+                             timestamp:0
+                          windowNumber:window
+                               context:nil
+                               subtype:subtype
+                                 data1:0
+                                 data2:0];
+}
+
 void wakeModalLoop()
 {
-    [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
-                                        location:NSZeroPoint
-                                   modifierFlags:0
-                                       timestamp:0
-                                    windowNumber:0
-                                         context:nil
-                                         subtype:0
-                                           data1:0
-                                           data2:0]
-             atStart:NO];
+    [NSApp postEvent:otherEvent(NSApplicationDefined) atStart:NO];
 }
