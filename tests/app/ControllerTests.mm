@@ -86,14 +86,6 @@ struct Controller : testing::Test {
 
 }
 
-TEST_F(Controller, StartsEmpty)
-{
-    for (const std::string &property : properties) {
-        EXPECT_EQ([controller.get() valueForKey:ns(property)], nil) << property;
-    }
-    EXPECT_FALSE([controller.get() quorlenDetected]);
-}
-
 TEST_F(Controller, OwnsItsObjectsAndReleasesThemInReverseOrderUnseenByItsMonitor)
 {
     AppDelegate *other = [[NotingController alloc] init];

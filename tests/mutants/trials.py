@@ -183,7 +183,8 @@ class Worker:
             self.mac = None
 
     def run(self, program: pathlib.Path, words: str, *options: str) -> tuple[int | None, str]:
-        """Runs the tests of a program that match a filter. Returns its output and its status: None if it did not end."""
+        """Runs the tests of a program that match a filter. Returns its status, None if it did not end, and its
+        output."""
         self.mac = self.mac or Mac.start(locations="none", until=os.getpid())
         with tempfile.TemporaryFile() as output, open(os.devnull, "rb") as nothing:
             streams = nothing.fileno(), output.fileno(), output.fileno()

@@ -80,7 +80,8 @@ class Artwork(unittest.TestCase):
         cls.icon = cls.made / ICON_FILE
 
     def assertOnlyPicture(self, png: bytes, size: tuple[int, int], name: str) -> None:
-        """Checks that a PNG file has this size in pixels, is 8-bit RGBA, sRGB, not interlaced, and has no more chunks."""
+        """Checks that a PNG file has this size in pixels, is 8-bit RGBA, sRGB and not interlaced, and has no more
+        chunks."""
         found = (*struct.unpack_from(">IIBBBBB", png, 16), *dict.fromkeys(png_chunks(png)))
         self.assertEqual(found, (*size, 8, 6, 0, 0, 0, "IHDR", "sRGB", "IDAT", "IEND"), name)
 

@@ -61,8 +61,9 @@ def wrapper(name: str, executable: pathlib.Path) -> pathlib.Path:
     resources.mkdir(parents=True)
     for file in (APP / "Contents/Resources").iterdir():
         (resources / file.name).symlink_to(file)
+    # As in the native build: GNUstep would use the Mac's icon file for title bars.
     subprocess.run([ROOT / "platform/gnustep/make-info-plist", APP / "Contents/Info.plist",
-                    resources / "Info-gnustep.plist"], check=True)  # As in the native build: GNUstep would use the Mac's icon file for title bars.
+                    resources / "Info-gnustep.plist"], check=True)
     (application / "Slice").symlink_to(executable)
     describe(executable, application)
     program = application / PRODUCT  # No link: GNUstep finds its resources by the program's real path.
