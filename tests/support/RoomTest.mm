@@ -43,16 +43,6 @@ void removeProduct()
     }
 }
 
-Strings linesOf(const std::string &text)
-{
-    Strings lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 }
 
 std::array<fs::path, 11> locations()
@@ -103,7 +93,12 @@ std::string RoomTest::log() const
 
 Strings RoomTest::newLines() const
 {
-    return linesOf(log().substr(_oldLog));
+    Strings lines;
+    std::istringstream stream(log().substr(_oldLog));
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
 }
 
 std::string RoomTest::statusLine() const

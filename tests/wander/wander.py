@@ -292,5 +292,4 @@ def main() -> int:
     return found
 
 
-if __name__ == "__main__":
-    sys.exit(main())
+sys.exit(main())
