@@ -3,8 +3,8 @@
 
 usage: tests/faults/attacks_test.py
 
-Tries each attack of docs/security.md on a practice Mac, with the user's own rights, and then checks the disk. An attack
-that the design withstands must fail. An attack that it cannot withstand must succeed, as the document says.
+Makes each attack that docs/security.md marks "tried" on a practice Mac, with the user's own rights, and then checks the
+disk. An attack that the design withstands must fail. One that it cannot withstand must succeed, as the document says.
 QUORLEN_BUILD is the build folder (build/linux).
 """
 
