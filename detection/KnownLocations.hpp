@@ -1,4 +1,4 @@
-/// Where the removed product keeps its files. Plain C++. The order is fixed: a scan lists the locations in it.
+/// Where the removed product keeps its files. Plain C++. A scan returns the locations in this order.
 ///
 /// The cleanup script has its own list. A static_assert in removal/CleanupScript.cpp fails when the two lists differ.
 #pragma once

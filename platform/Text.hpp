@@ -1,5 +1,5 @@
-/// Text across the border between the platform's strings and plain C++: UTF-16 code units on both sides, so that any
-/// string passes unchanged, lone surrogates included.
+/// Text across the border between the platform's strings and plain C++: UTF-16 code units on both sides, so that on a
+/// Mac any string passes unchanged, lone surrogates included. `nsString` says what GNUstep cannot pass.
 #pragma once
 
 #import <Foundation/Foundation.h>
