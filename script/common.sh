@@ -46,8 +46,8 @@ takes_ctest_options() {
     while (($#)); do
         case $1 in
             -R | -E | -L | -LE | -I | -j | --parallel | --tests-regex | --exclude-regex | --label-regex | \
-                --label-exclude | --tests-information | --fixture-exclude-any | --repeat | --timeout | --stop-time | --test-load | \
-                --output-junit | --output-log | -O)
+                --label-exclude | --tests-information | --fixture-exclude-any | --repeat | --timeout | --stop-time | \
+                --test-load | --output-junit | --output-log | -O)
                 (($# >= 2)) || refuse "$1 needs a value"
                 shift
                 ;;
