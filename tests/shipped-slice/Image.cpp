@@ -43,7 +43,7 @@ Image::Image(const std::filesystem::path &folder)
     // The load commands. The idle ones have no effect here: symbols, dylibs, dyld, UUID, signature, fixups, versions,
     // function starts, data in code.
     enum : std::uint32_t { segmentKind = 0x19, mainKind = 0x80000028 };
-    constexpr std::uint32_t idle[] { 0x2, 0xb, 0xc, 0xe, 0x1b, 0x1d, 0x24, 0x26, 0x29, 0x2a, 0x32, 0x80000022 };
+    constexpr std::uint32_t idle[] { 0x2, 0xb, 0xc, 0xe, 0x1b, 0x1d, 0x24, 0x26, 0x29, 0x32, 0x80000022 };
     std::vector<const Segment *> segments;
     std::size_t entryOffset = 0, command = 32;
     for (auto count = word(16); count > 0; --count, command += word(command + 4)) {
@@ -67,9 +67,8 @@ Image::Image(const std::filesystem::path &folder)
         std::ranges::copy_n(
             &file[segment->fileOffset], static_cast<std::ptrdiff_t>(segment->fileSize), at(segment->address));
         for (const auto &section : std::span(segment->sections, segment->sectionCount)) {
-            const auto kind = section.flags & 0xff;
-            if (kind == 0x9 || (kind >= 0x11 && kind <= 0x16)) {
-                refuse("the slice has static initialisers or thread-local variables");
+            if ((section.flags & 0xff) == 0x9) {
+                refuse("the slice has static initialisers");
             }
             sections[{ section.name, strnlen(section.name, sizeof section.name) }] = { at(section.address),
                 section.size };

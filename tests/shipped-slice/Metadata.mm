@@ -20,15 +20,15 @@ namespace
 template <typename Entry> struct List {
     std::uint32_t entrySize, count;
     Entry entries[];
-
-    static std::span<const Entry> entriesOf(const List *list)
-    {
-        if (list && list->entrySize != sizeof(Entry)) {
-            refuse("a list of methods or variables is of a kind that is not known");
-        }
-        return list ? std::span(list->entries, list->count) : std::span<const Entry> {};
-    }
 };
+
+template <typename Entry> std::span<const Entry> entriesOf(const List<Entry> *list)
+{
+    if (list && list->entrySize != sizeof(Entry)) {
+        refuse("a list of methods or variables is of a kind that is not known");
+    }
+    return list ? std::span(list->entries, list->count) : std::span<const Entry> {};
+}
 
 struct Method {
     const char *name, *types;
@@ -85,7 +85,7 @@ Class classOf(const Image &image, const void *reference)
 
 void addMethods(Class extended, const List<Method> *methods)
 {
-    for (const auto &[name, types, implementation] : methods->entriesOf(methods)) {
+    for (const auto &[name, types, implementation] : entriesOf(methods)) {
         const SEL selector = sel_registerTypedName(name, types);
         if (!class_addMethod(extended, selector, implementation, types)) { // A category replaces an existing method.
             method_setImplementation(class_getInstanceMethod(extended, selector), implementation);
@@ -97,7 +97,7 @@ void addClass(const Image &image, const ClassRecord *record)
 {
     const Description &own = *record->description;
     const Class added = objc_allocateClassPair(classOf(image, record->superclass), own.name, 0);
-    const auto variables = own.variables->entriesOf(own.variables);
+    const auto variables = entriesOf(own.variables);
     for (const auto &variable : variables) {
         class_addIvar(added, variable.name, variable.size, variable.alignment, variable.type);
     }

@@ -3,9 +3,7 @@
 // in it. If there is also a file "Coverage", this program records there which functions of the slice were entered.
 #include "Slice.hpp"
 
-#include <filesystem>
 #import <Foundation/Foundation.h>
-#include <unistd.h>
 
 int main(int argc, const char *argv[])
 {
@@ -21,7 +19,5 @@ int main(int argc, const char *argv[])
     [NSNotificationCenter class];
     callLoadMethods(image);
     [pool release];
-    const char *fromLoader[] { argv[0], nullptr };
-    const auto entry = reinterpret_cast<int (*)(int, const char **, char **, const char **)>(image.entry);
-    return entry(argc, argv, environ, fromLoader);
+    return reinterpret_cast<int (*)(int, const char **)>(image.entry)(argc, argv);
 }

@@ -12,7 +12,7 @@ import driver
 FOLDER = slices.FOLDER / "mutants"
 MUTANT = FOLDER / "executable"
 HEADERS = slices.PACKAGE / "platform/macos/headers"
-driver.TIMEOUT = 10  # seconds. A mutant's journey waits this long. The unchanged slice also needs less.
+driver.TIMEOUT = 10  # seconds that a mutant's journey waits; the unchanged slice needs less
 
 # The complete messages of the journeys and of the loader.
 ISA_IS_MISSING = "AppDelegate's _window is at 0 for the compiler, at 8 for the runtime"

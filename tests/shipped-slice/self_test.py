@@ -18,10 +18,16 @@ REFUSED = [
     ('extern "C" int uname(void *); int main() { return uname(nullptr); }',
      "the slice imports _uname, which is not known"),
     (PUTS + 'int main() { return puts("") + 1; }', "a function keeps no frame pointer", "-fomit-frame-pointer"),
-    (PUTS + 'int x = puts(""); int main() {}', "the slice has static initialisers or thread-local variables"),
+    (PUTS + 'int x = puts(""); int main() {}', "the slice has static initialisers"),
     (COCOA + 'int main() { return [@"…" length]; }', "a constant string is not ASCII"),
     (COCOA + "@protocol Own\n@end\n@interface Some : NSObject <Own>\n@end\n@implementation Some\n@end\nint main() {}",
      "the slice adopts the protocol Own, which is not known"),
+    (COCOA + "@interface Some : NSObject\n@end\n@implementation Some\n+ (void)load\n{\n}\n@end\nint main() {}",
+     "the slice has Objective-C metadata in __objc_nlclslist, which is not known"),
+    (COCOA + "@protocol Own\n@end\n@interface NSObject (Some) <Own>\n@end\n@implementation NSObject (Some)\n@end\n"
+     "int main() {}", "the category Some adopts a protocol"),
+    ("thread_local int x; int main(int count, char **) { return x = count; }",
+     "the slice imports __tlv_bootstrap, which is not known"),
 ]
 if slices.MACHINE == "arm64":
     REFUSED.append((

@@ -26,8 +26,8 @@ std::optional<std::vector<std::uint8_t>> savedRegisters(std::uint32_t encoding)
     }
     std::vector<std::uint8_t> rules;
     std::uint8_t depth = 3; // In steps of 8 below the frame's address.
-    constexpr std::uint8_t pairs[] { 19, 21, 23, 25, 27, 0, 0, 0, 72, 74, 76,
-        78 }; // By their bits: x19 and up, d8 and up.
+    // By their bits: x19 and up, d8 and up.
+    constexpr std::uint8_t pairs[] { 19, 21, 23, 25, 27, 0, 0, 0, 72, 74, 76, 78 };
     for (std::size_t bit = 0; bit < std::size(pairs); ++bit) {
         for (const std::uint8_t column : { pairs[bit], static_cast<std::uint8_t>(pairs[bit] + 1) }) {
             if (encoding >> bit & 1) {
