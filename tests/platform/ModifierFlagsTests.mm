@@ -9,6 +9,8 @@ TEST(ModifierFlags, ReportTheKeysThatAreHeldNow)
         { "Shift_L", NSShiftKeyMask },
         { "Shift_R", NSShiftKeyMask },
         { "Control_L", NSControlKeyMask },
+        { "Alt_L", NSCommandKeyMask },
+        { "Super_L", NSAlternateKeyMask },
         { "Caps_Lock", NSAlphaShiftKeyMask },
     };
     for (const auto &[key, flag] : keys) {

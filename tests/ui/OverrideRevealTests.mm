@@ -110,7 +110,7 @@ Retained<AppDelegate> *OverrideReveal::controller;
 
 TEST_F(OverrideReveal, DependsOnEitherShiftKeyAndOnNoOtherModifier)
 {
-    for (const char *other : { "Caps_Lock", "Control_L", "Alt_L", "Super_L" }) { // Control, Option and Command
+    for (const char *other : { "Caps_Lock", "Control_L", "Alt_L", "Super_L" }) { // Control, Command and Option
         SCOPED_TRACE(other);
         run({ "xdotool", "keydown", other });
         handleEverythingPressed();

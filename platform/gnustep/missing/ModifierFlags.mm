@@ -3,14 +3,15 @@
 
 #import "platform/gnustep/XDisplay.hpp"
 
+#include <utility>
+
 // The method below replaces GNUstep's.
 #pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
 
 @implementation NSEvent (ModifierKeysNow)
 
-/// The modifier keys that are held now, as the X server reports them. Queued events do not matter. The result has
-/// Shift, Caps Lock and Control. Option and Command are left out: which keys act as them differs between key
-/// maps.
+/// The modifier keys that are held now, as the X server reports them. Queued events do not matter. Command is Alt, as
+/// in GNUstep, and Option is the key with the logo. Debian's key maps have these as the modifiers 1 and 4.
 + (NSEventModifierFlags)modifierFlags
 {
     Display *display = xDisplay();
@@ -21,15 +22,16 @@
     int rootX, rootY, x, y;
     unsigned int state = 0;
     XQueryPointer(display, DefaultRootWindow(display), &root, &child, &rootX, &rootY, &x, &y, &state);
+    constexpr std::pair<unsigned int, NSEventModifierFlags> keys[] = {
+        { ShiftMask, NSShiftKeyMask },
+        { LockMask, NSAlphaShiftKeyMask },
+        { ControlMask, NSControlKeyMask },
+        { Mod1Mask, NSCommandKeyMask },
+        { Mod4Mask, NSAlternateKeyMask },
+    };
     NSEventModifierFlags flags = 0;
-    if (state & ShiftMask) {
-        flags |= NSShiftKeyMask;
-    }
-    if (state & LockMask) {
-        flags |= NSAlphaShiftKeyMask;
-    }
-    if (state & ControlMask) {
-        flags |= NSControlKeyMask;
+    for (const auto &[mask, flag] : keys) {
+        flags |= state & mask ? flag : 0;
     }
     return flags;
 }
