@@ -144,19 +144,3 @@ TEST_F(Tasks, RaiseForAProgramThatCannotBeStartedAndLeaveThisProcessAsItWas)
         EXPECT_EQ(statusOf(made), 0) << "it may be launched again: " << path;
     }
 }
-
-TEST_F(Tasks, RaiseWhenTheyAreUsedInTheWrongOrder)
-{
-    const auto made = adopt([[NSTask alloc] init]);
-    NSTask *const unretained = made.get();
-    EXPECT_EQ(reasonRaisedBy(^{ [unretained launch]; }), "must provide a launch path");
-    [unretained setLaunchPath:@"/bin/true"];
-    EXPECT_EQ(reasonRaisedBy(^{ [unretained waitUntilExit]; }), "task not launched");
-    EXPECT_EQ(reasonRaisedBy(^{ [unretained terminationStatus]; }), "task not launched");
-    [unretained launch];
-    EXPECT_EQ(reasonRaisedBy(^{ [unretained terminationStatus]; }), "task still running");
-    EXPECT_EQ(reasonRaisedBy(^{ [unretained launch]; }), "task already launched");
-    [unretained waitUntilExit];
-    [unretained waitUntilExit];
-    EXPECT_EQ([unretained terminationStatus], 0);
-}

@@ -7,32 +7,28 @@
 
 #include <sys/types.h>
 
-/// A program to run once as a child process. It inherits this process's environment, working folder and standard
-/// streams, and no other descriptor. Wait for each launched task; otherwise the ended child stays in the
-/// system's process table.
+/// A program to run once as a child process: set it up, launch it, wait for it once, read its status. It inherits this
+/// process's environment, working folder and standard streams, and no other descriptor.
 @interface SpawnedTask : NSObject {
     NSString *_launchPath;
     NSArray *_arguments;
     pid_t _process;
-    BOOL _ended;
     int _terminationStatus;
 }
 
-/// The path of the program. Nil at first.
+/// The path of the program. Nil at first; not nil at the launch.
 @property (nonatomic, copy) NSString *launchPath;
 /// Its arguments, without its own name; strings. Nil, as at first, means none.
 @property (nonatomic, copy) NSArray *arguments;
 
 /// Starts the program. Raises NSInvalidArgumentException, with the path and the cause in its reason, when it cannot be
-/// started, when no launch path is set, or when the task was launched before.
+/// started.
 - (void)launch;
 
-/// Blocks until the program has ended. Does nothing after an earlier wait. Raises NSInvalidArgumentException
-/// when the task was not launched, and NSGenericException when the system cannot say how the program ended.
+/// Blocks until the program has ended. Raises NSGenericException when the system cannot say how it ended.
 - (void)waitUntilExit;
 
-/// The program's exit status, or the number of the signal that ended it. Raises NSInvalidArgumentException when the
-/// task was not launched or not waited for.
+/// After the wait, the program's exit status or the number of the signal that ended it.
 @property (nonatomic, readonly) int terminationStatus;
 
 @end
