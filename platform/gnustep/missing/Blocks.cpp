@@ -17,7 +17,6 @@ namespace
 {
 
 constexpr int hasCopyAndDispose = 1 << 25;
-constexpr int isGlobal = 1 << 28;
 
 struct BlockDescriptor {
     unsigned long reserved;
@@ -40,10 +39,6 @@ struct BlockLayout {
 BlockCopy::BlockCopy(const void *block)
 {
     const auto *source = static_cast<const BlockLayout *>(block);
-    if (source->flags & isGlobal) { // It captures nothing and lives as long as the program.
-        _block = const_cast<void *>(block);
-        return;
-    }
     _block = std::malloc(source->descriptor->size);
     if (!_block) {
         throw std::bad_alloc();
@@ -57,9 +52,6 @@ BlockCopy::BlockCopy(const void *block)
 BlockCopy::~BlockCopy()
 {
     const auto *block = static_cast<const BlockLayout *>(_block);
-    if (block->flags & isGlobal) {
-        return;
-    }
     if (block->flags & hasCopyAndDispose) {
         block->descriptor->dispose(_block);
     }
