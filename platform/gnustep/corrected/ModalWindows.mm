@@ -37,13 +37,9 @@ void letManagerAskToClose(NSWindow *window)
     XFlush(xDisplay()); // The window may be visible already, and the user may press its close button at once.
 }
 
-/// The parent of the next modal window: the modal window that is open now, or else the program's visible main window.
-/// Nil if there is neither.
-NSWindow *parentOfNextModalWindow()
+/// The program's visible main window, or nil.
+NSWindow *visibleMainWindow()
 {
-    if ([NSApp modalWindow]) {
-        return [NSApp modalWindow];
-    }
     for (NSWindow *window in [NSApp windows]) {
         if ([window isVisible] && [window canBecomeMainWindow]) {
             return window;
@@ -69,12 +65,12 @@ NSWindow *parentOfNextModalWindow()
     swizzleInstanceMethod(self, @selector(beginModalSessionForWindow:), @selector(beginManagedModalSessionForWindow:));
 }
 
-/// Replaces `beginModalSessionForWindow:`. Sets the parent of the modal window before the modal window appears. The
-/// window manager then keeps the modal window in front and focuses it. Without this,
-/// a click on the other window hides the modal one, and the program looks dead.
+/// Replaces `beginModalSessionForWindow:`. Makes the main window the parent of the modal window before the modal window
+/// appears. The window manager then keeps the modal window in front and focuses it. Without this, a click on the main
+/// window hides the modal one, and the program looks dead.
 - (NSModalSession)beginManagedModalSessionForWindow:(NSWindow *)window
 {
-    NSWindow *parent = parentOfNextModalWindow();
+    NSWindow *parent = visibleMainWindow();
     if (parent && parent != window) {
         if ([window windowNumber] == 0) { // GNUstep creates the X window of an alert only when it shows the alert.
             [window _initBackendWindow];
