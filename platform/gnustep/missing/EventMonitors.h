@@ -10,17 +10,16 @@
 ///
 /// The handler runs on the main thread, inside the event dispatch of the application, modal sessions included. What it
 /// returns is dispatched instead of the event; nil drops the event. Several monitors run in the order of their
-/// installation, each with what the one before it returned. A handler may install and remove monitors, itself included.
-/// Events that a control takes off the queue itself while it tracks the pointer are not seen, as on macOS.
+/// installation, each with what the one before it returned. A handler may not install or remove monitors. Events that a
+/// control takes off the queue itself while it tracks the pointer are not seen, as on macOS.
 ///
 /// @param mask the event types to see, a union of NSEventMask values.
-/// @param block the handler; copied, and released when the monitor is removed. Not nil.
+/// @param block the handler; copied, and released with the monitor. Not nil.
 /// @return the monitor, by which it is removed. The platform keeps it until then; keep a reference of your own to
 /// remove it later.
 + (id)addLocalMonitorForEventsMatchingMask:(NSEventMask)mask handler:(NSEvent * (^)(NSEvent *event))block;
 
-/// Removes a monitor: its handler is not called again, not even for an event that is being dispatched now. One that is
-/// nil or already removed is left alone.
+/// Removes a monitor: its handler is not called again.
 + (void)removeMonitor:(id)eventMonitor;
 
 @end

@@ -2,14 +2,15 @@
 
 #import "platform/gnustep/missing/Blocks.hpp"
 #import "platform/gnustep/Swizzling.hpp"
+#import "platform/Retained.hpp"
 
-#include <memory>
+#include <optional>
 
 /// One installed monitor: the result of `addLocalMonitorForEventsMatchingMask:handler:`.
 @interface LocalEventMonitor : NSObject {
 @public
     NSEventMask _mask;
-    std::shared_ptr<const BlockCopy> _handler; // Empty once the monitor has been removed.
+    std::optional<BlockCopy> _handler;
 }
 @end
 
@@ -32,21 +33,16 @@ NSMutableArray *installedMonitors()
 
 + (id)addLocalMonitorForEventsMatchingMask:(NSEventMask)mask handler:(NSEvent * (^)(NSEvent *event))block
 {
-    LocalEventMonitor *monitor = [[[LocalEventMonitor alloc] init] autorelease];
-    monitor->_mask = mask;
-    monitor->_handler = std::make_shared<const BlockCopy>(static_cast<const void *>(block));
-    [installedMonitors() addObject:monitor];
-    return monitor;
+    const auto monitor = adopt([[LocalEventMonitor alloc] init]);
+    monitor.get()->_mask = mask;
+    monitor.get()->_handler.emplace(static_cast<const void *>(block));
+    [installedMonitors() addObject:monitor.get()];
+    return monitor.get();
 }
 
 + (void)removeMonitor:(id)eventMonitor
 {
-    if (![installedMonitors() containsObject:eventMonitor]) {
-        return;
-    }
-    [[eventMonitor retain] autorelease];
     [installedMonitors() removeObjectIdenticalTo:eventMonitor];
-    static_cast<LocalEventMonitor *>(eventMonitor)->_handler.reset();
 }
 
 @end
@@ -64,19 +60,14 @@ NSMutableArray *installedMonitors()
 /// Replaces `sendEvent:`. The application's loop and its modal sessions dispatch every event through it.
 - (void)sendEventPastLocalMonitors:(NSEvent *)event
 {
-    // A copy, since a handler may add and remove monitors.
-    for (LocalEventMonitor *monitor in [NSArray arrayWithArray:installedMonitors()]) {
-        // Kept during the call, because the handler may remove its own monitor.
-        const auto handler = monitor->_handler;
-        if (!handler || !(monitor->_mask & NSEventMaskFromType([event type]))) {
-            continue;
-        }
-        event = ((NSEvent * (^)(NSEvent *)) handler->get())(event);
-        if (!event) {
-            return;
+    for (LocalEventMonitor *monitor in installedMonitors()) {
+        if (event && (monitor->_mask & NSEventMaskFromType([event type]))) {
+            event = ((NSEvent * (^)(NSEvent *)) monitor->_handler->get())(event);
         }
     }
-    [self sendEventPastLocalMonitors:event];
+    if (event) {
+        [self sendEventPastLocalMonitors:event];
+    }
 }
 
 @end
