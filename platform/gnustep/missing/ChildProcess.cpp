@@ -62,8 +62,10 @@ private:
     }
 };
 
-int spawn(const std::string &path, std::vector<std::string> arguments, const std::vector<std::string> &environment,
-    const StandardStreams &streams, short flags, pid_t &process)
+}
+
+int startProcess(const std::string &path, std::vector<std::string> arguments,
+    const std::vector<std::string> &environment, const StandardStreams &streams, pid_t &process, short flags)
 {
     const SpawnSettings settings(streams, flags);
     if (settings.error) {
@@ -72,14 +74,6 @@ int spawn(const std::string &path, std::vector<std::string> arguments, const std
     arguments.insert(arguments.begin(), path);
     return posix_spawn(&process, path.c_str(), &settings.files, &settings.attributes, asPointers(arguments).data(),
         asPointers(environment).data());
-}
-
-}
-
-int startProcess(const std::string &path, const std::vector<std::string> &arguments,
-    const std::vector<std::string> &environment, const StandardStreams &streams, pid_t &process)
-{
-    return spawn(path, arguments, environment, streams, 0, process);
 }
 
 int waitForEnd(pid_t process, ProcessEnd &end)
@@ -106,7 +100,7 @@ int startDetached(const std::string &path, const std::vector<std::string> &argum
     }
     const StandardStreams silence { .input = null.number(), .output = null.number(), .error = null.number() };
     pid_t process = 0;
-    if (const int error = spawn(path, arguments, currentEnvironment(), silence, POSIX_SPAWN_SETSID, process)) {
+    if (const int error = startProcess(path, arguments, currentEnvironment(), silence, process, POSIX_SPAWN_SETSID)) {
         return error;
     }
     std::thread([process] {

@@ -28,9 +28,10 @@ struct StandardStreams {
 /// @param environment its whole environment, as NAME=VALUE.
 /// @param streams its standard streams; each descriptor stays open in the parent.
 /// @param process receives the child's id.
+/// @param flags more flags of posix_spawn.
 /// @return 0, or the error number of the failure; then there is no child.
-[[nodiscard]] int startProcess(const std::string &path, const std::vector<std::string> &arguments,
-    const std::vector<std::string> &environment, const StandardStreams &streams, pid_t &process);
+[[nodiscard]] int startProcess(const std::string &path, std::vector<std::string> arguments,
+    const std::vector<std::string> &environment, const StandardStreams &streams, pid_t &process, short flags = 0);
 
 /// Waits until a child has ended, and reaps it.
 ///
