@@ -4,6 +4,7 @@
 #import <GNUstepGUI/GSTheme.h>
 
 #import "platform/gnustep/looks/Appearance.h"
+#import "platform/gnustep/looks/ButtonMetrics.hpp"
 #import "platform/gnustep/Swizzling.hpp"
 
 #include <algorithm>
@@ -41,7 +42,6 @@ const SystemColor systemColors[] = {
     { @"windowBackgroundColor", 0.925, 0.925, 0.925 },
 };
 
-constexpr CGFloat buttonHeight = 28;
 constexpr CGFloat buttonRadius = 5;
 constexpr CGFloat circleInset = 2;
 constexpr CGFloat knobRadius = 3;
@@ -101,7 +101,7 @@ bool isDefaultButton(NSCell *cell)
         shape = roundedRectangle(NSMakeRect(NSMidX(frame) - side / 2, NSMidY(frame) - side / 2, side, side), side / 2);
     } else {
         // As on a Mac, the shape's height does not depend on the frame.
-        const CGFloat surplus = std::max<CGFloat>(NSHeight(frame) - buttonHeight, 0);
+        const CGFloat surplus = std::max<CGFloat>(NSHeight(frame) - pushButtonHeight, 0);
         shape = roundedRectangle(NSInsetRect(frame, 0, surplus / 2), buttonRadius);
     }
     NSColor *inside = [cell isEnabled] ? gray([cell isHighlighted] ? 0.86 : 1) : gray(0.95);

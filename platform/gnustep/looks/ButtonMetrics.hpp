@@ -1,4 +1,4 @@
-/// The sizes of push buttons in alerts and panels, in points.
+/// The sizes of push buttons, in points.
 #pragma once
 
 #import <AppKit/AppKit.h>
