@@ -18,16 +18,11 @@
 - (void)setDocumentViewAndFitText:(NSView *)documentView
 {
     [self setDocumentViewAndFitText:documentView];
-    if (![documentView isKindOfClass:[NSTextView class]]) {
-        return;
+    if ([documentView isKindOfClass:[NSTextView class]]) {
+        NSTextContainer *container = [static_cast<NSTextView *>(documentView) textContainer];
+        [container setWidthTracksTextView:NO];
+        [container setContainerSize:NSMakeSize([self contentSize].width, [container containerSize].height)];
     }
-    NSTextContainer *container = [static_cast<NSTextView *>(documentView) textContainer];
-    const CGFloat visibleWidth = [self contentSize].width;
-    if ([container containerSize].width <= visibleWidth) {
-        return;
-    }
-    [container setWidthTracksTextView:NO];
-    [container setContainerSize:NSMakeSize(visibleWidth, [container containerSize].height)];
 }
 
 @end
