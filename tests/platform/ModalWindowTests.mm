@@ -24,8 +24,7 @@ TEST(ModalPanel, GetsTheFocusThatTheManagerOffersToTheWindowBehind)
                                                             defer:NO]);
     [panel.get() setTitle:@"Panel"];
     const NSModalSession session = [NSApp beginModalSessionForWindow:panel.get()];
-    EXPECT_TRUE(handleEventsUntil(
-        [] { return run({ "xdotool", "search", "--onlyvisible", "--name", "^Panel$" }).status == 0; }));
+    EXPECT_TRUE(handleEventsUntil([] { return focusedTitle() == "Panel\n"; }));
     // The manager handles requests in their order. It no longer moves the focus once it has changed this number.
     run({ "xdotool", "set_num_desktops", "3" });
     EXPECT_TRUE(handleEventsUntil([] { return run({ "xdotool", "get_num_desktops" }).output == "3\n"; }));
