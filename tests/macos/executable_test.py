@@ -106,10 +106,12 @@ class ExecutableTest(FactTest):
                 self.assertLessEqual(touched, {"__DATA", "__DATA_CONST"})
                 self.assertIn("__DATA", touched)
 
+        relocation = struct.pack("<2I", 0x1000, 1)  # one, at a place where a table may be
         self.holds(fact, self.data,
                    patched(self.data, rb"(?<=\xCF\xFA\xED\xFE.{20})\x85\0\x21\0", b"\x85\0\x01\0"),
-                   patched(self.data, rb"(?<=__text\0{10}__TEXT\0{10}.{28})\0{4}", b"\3\0\0\0"),
-                   patched(self.data, rb"(?<=\x0B\0{3}\x50\0{3}.{68})\0{4}", b"\3\0\0\0"))  # LC_DYSYMTAB
+                   patched(self.data, rb"(?<=__text\0{10}__TEXT\0{10}.{24})\0{8}", relocation),
+                   patched(self.data, rb"(?<=\x0B\0{3}\x50\0{3}.{64})\0{8}", relocation),  # LC_DYSYMTAB
+                   patched(self.data, rb"__DATA(?=\0)", b"__DATB"))
 
     def test_exceptions_pass_the_routines_of_both_languages(self) -> None:
         def fact(data: bytes) -> None:
