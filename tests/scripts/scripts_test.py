@@ -95,7 +95,7 @@ class ScriptsTest(unittest.TestCase):
             with self.subTest(command):
                 done = self.run_script(*command)
                 self.assertEqual((done.returncode, done.stdout), (status, ""))
-                self.assertIn(reason, done.stderr)
+                self.assertRegex(done.stderr, rf"^(\.ci/)?{pathlib.Path(command[0]).name}: .*{reason}")
 
     def test_scripts_for_a_mac_use_nothing_that_its_bash_lacks(self) -> None:
         scripts = [f"script/{name}" for name in ("common.sh", "bootstrap", "build", "test", "format", "package")]
