@@ -17,7 +17,7 @@ TEST(AlertLayout, ShowsItsTextsInFullBesideTheIconAndTheButtonsBelow)
     [alert.get() setInformativeText:[@"" stringByPaddingToLength:400
                                                       withString:@"Hold this to be a rather long sentence. "
                                                  startingAtIndex:0]];
-    for (NSString *title in @[ @"Restart Now", @"Restart Later", @"A title that is longer than most" ]) {
+    for (NSString *title in @[ @"Restart Now", @"Restart Later", @"Third" ]) {
         [alert.get() addButtonWithTitle:title];
     }
 

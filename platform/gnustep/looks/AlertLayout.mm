@@ -13,20 +13,17 @@
 namespace
 {
 
-constexpr CGFloat leastWidth = 460;
+constexpr CGFloat width = 460;
 constexpr CGFloat margin = 20;
 constexpr CGFloat iconSide = 64;
 constexpr CGFloat textLeft = margin + iconSide + margin;
-constexpr CGFloat textWidth = leastWidth - textLeft - margin;
+constexpr CGFloat textWidth = width - textLeft - margin;
 constexpr CGFloat textGap = 8;
 constexpr CGFloat buttonGap = 12;
 
 /// Sets a text's font and returns the height of the wrapped text.
 CGFloat wrappedHeight(NSTextField *text, NSFont *font)
 {
-    if ([[text stringValue] length] == 0) {
-        return 0;
-    }
     [text setFont:font];
     [text setAlignment:NSLeftTextAlignment];
     [text setDrawsBackground:NO];
@@ -68,17 +65,12 @@ void place(NSView *view, NSRect frame)
 /// below, the first one at the right. The window has the program's name.
 - (void)sizePanelToFit
 {
-    CGFloat right = -margin; // From the window's right edge, which depends on the buttons.
-    NSArray *buttons = [self addedButtons];
-    for (NSButton *button in buttons) {
+    CGFloat right = width - margin;
+    for (NSButton *button in [self addedButtons]) {
         [button setImagePosition:NSNoImage];
         const CGFloat buttonWidth = pushButtonWidth(button);
         place(button, NSMakeRect(right - buttonWidth, margin, buttonWidth, pushButtonHeight));
         right -= buttonWidth + buttonGap;
-    }
-    const CGFloat width = std::max(leastWidth, margin - buttonGap - right);
-    for (NSButton *button in buttons) {
-        [button setFrameOrigin:NSMakePoint(width + NSMinX([button frame]), margin)];
     }
 
     NSTextField *message = [self valueForKey:@"titleField"];
