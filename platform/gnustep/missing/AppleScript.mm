@@ -103,17 +103,8 @@ NSDictionary *failureRecord(const ShellResult &run)
 
 - (NSAppleEventDescriptor *)executeAndReturnError:(NSDictionary **)errorInfo
 {
-    NSDictionary *failure = nil;
-    NSAppleEventDescriptor *result = [self runOrFail:&failure];
-    if (!result && errorInfo) {
-        *errorInfo = failure;
-    }
-    return result;
-}
-
-/// The result, or nil and the error record in `failure`.
-- (NSAppleEventDescriptor *)runOrFail:(NSDictionary **)failure
-{
+    NSDictionary *unread = nil;
+    NSDictionary **const failure = errorInfo ?: &unread;
     const auto text = parseShellStatement(utf16(_source.get()));
     if (!text) {
         *failure =
