@@ -96,13 +96,14 @@ class CheckAppTest(AppTest):
 class RefusalTest(unittest.TestCase):
     def test_make_stubs_names_a_wrong_line(self) -> None:
         listed = (ROOT / "platform" / "macos" / "stubs" / "symbols.txt").read_text()
-        for wrong in ("    klass NSAlert", "class NSAlert", "    class", "    class NSAlert NSButton"):
-            with self.subTest(wrong), tempfile.TemporaryDirectory() as folder:
+        wrong = ("    klass NSAlert", "class NSAlert", "    class", "    class NSAlert NSButton")
+        for text in (*(f"{listed}{line}\n" for line in wrong), "    class NSAlert\n"):  # the last one has no library
+            with self.subTest(text[-30:]), tempfile.TemporaryDirectory() as folder:
                 symbols = pathlib.Path(folder, "symbols.txt")
-                symbols.write_text(f"{listed}{wrong}\n")
+                symbols.write_text(text)
                 status, said = run(MAKE_STUBS, symbols, "12.3", folder)
                 self.assertEqual(status, 1)
-                self.assertIn(f"{symbols}:{len(listed.splitlines()) + 1}: ", said)
+                self.assertIn(f"{symbols}:{len(text.splitlines())}: ", said)
                 self.assertEqual(list(pathlib.Path(folder).iterdir()), [symbols])
 
     def test_package_needs_a_mac_for_an_identity(self) -> None:
