@@ -1,6 +1,7 @@
-// GNUstep's open panel shows no message, uses the prompt as the label of the name field, and is drawn too low when it
-// opens for the second time.
-// This file is unnecessary when GNUstep's panel shows its title, message and prompt as a Mac's does.
+// GNUstep's open panel shows no message, uses the prompt as the label of the name field, does not accept the typed path
+// of a file, and is drawn too low when it opens for the second time.
+// This file is unnecessary when GNUstep's panel shows its title, message and prompt as a Mac's does, and a file can be
+// typed.
 #import <AppKit/AppKit.h>
 
 #import "platform/gnustep/looks/ButtonMetrics.hpp"
