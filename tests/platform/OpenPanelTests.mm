@@ -73,4 +73,5 @@ TEST_F(AskingPanel, AcceptsATypedPathIfTheFileMayBeChosen)
     });
     EXPECT_EQ([panel runModal], NSModalResponseOK);
     EXPECT_EQ(utf8([[panel URL] path]), (folder / "backup.zip").string());
+    EXPECT_EQ(utf8([[NSOpenPanel openPanel] directory]), folder.string()) << "the next panel begins there";
 }

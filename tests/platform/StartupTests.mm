@@ -22,3 +22,14 @@ TEST(Startup, ShowsNoTileStartsNoProcessAndMakesOnlyTheDefaultsFolder)
                   .output,
         "");
 }
+
+TEST(Startup, DISABLED_HasNoInput)
+{
+    EXPECT_EQ(fs::read_symlink("/proc/self/fd/0"), "/dev/null");
+}
+
+TEST(Startup, KeepsAClosedStandardStreamFromItsConnections)
+{
+    const char *again = "exec \"$0\" --gtest_also_run_disabled_tests --gtest_filter=*HasNoInput <&-";
+    EXPECT_EQ(run({ "sh", "-c", again, fs::read_symlink("/proc/self/exe") }).status, 0);
+}

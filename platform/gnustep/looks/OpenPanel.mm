@@ -178,7 +178,6 @@ constexpr CGFloat leastColumnWidth = 330;
 + (NSOpenPanel *)openPanel
 {
     NSOpenPanel *panel = [[[self alloc] init] autorelease];
-    [panel setReleasedWhenClosed:NO];
     [panel layOut];
     [panel _resetDefaults];
     [panel setMessage:@""];
