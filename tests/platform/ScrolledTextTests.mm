@@ -12,6 +12,7 @@ TEST(ScrolledText, WrapsBesideTheScrollerOnTheRight)
     [textView.get() setString:[@"" stringByPaddingToLength:2000 withString:@"words " startingAtIndex:0]];
 
     [scrollView.get() setDocumentView:textView.get()];
+    [textView.get() setFrameSize:NSMakeSize(488, 700)]; // as when it grows
 
     NSLayoutManager *layout = [textView.get() layoutManager];
     NSTextContainer *container = [textView.get() textContainer];
