@@ -1,6 +1,6 @@
 """Removing the product, and having second thoughts about it."""
 
-from driver import PracticeMac, eventually, expect_equal, expect
+from driver import NAME, PracticeMac, eventually, expect_equal, expect
 from phrases import *
 
 
@@ -68,19 +68,19 @@ def journey_second_thoughts_then_refusal_then_removal() -> None:
 def journey_pointer_and_keyboard_alone() -> None:
     """Nothing is loaded into the tool: Ann aims by the window's layout, types Return twice, and the Mac restarts."""
     with PracticeMac() as mac, mac.open_tool(inspected=False) as tool:
-        window = mac.xdotool("search", "--sync", "--onlyvisible", "--name", "^Quorlen 3 Removal Tool$").strip()
-
-        def another_window_has_the_keyboard() -> bool:
-            return mac.xdotool("getwindowfocus").strip() != window
-
-        eventually(lambda: not another_window_has_the_keyboard(), "the window has the keyboard")
+        def focused() -> str:
+            """The tool's window or alert that has the keyboard, or nothing."""
+            return mac.shell('xdotool search --onlyvisible --name "^$1$" | grep -x "$(xdotool getwindowfocus)" || true',
+                             NAME).strip()
+        window = eventually(focused, "the window has the keyboard")
         untouched = mac.screen("rgb:-")
         mac.xdotool("mousemove", "--window", window, 242 + 180 // 2, 430 - 28 - 36 // 2, "mousedown", 1)
         eventually(lambda: mac.screen("rgb:-") != untouched, "the button looks pressed")
         mac.xdotool("mouseup", 1)
-        eventually(another_window_has_the_keyboard, "the question has the keyboard")
+        question = eventually(lambda: (now := focused()) != window and now, "the question has the keyboard")
         mac.xdotool("key", "Return")
-        eventually(lambda: mac.removal_logs() and another_window_has_the_keyboard(), "the outcome has the keyboard")
+        eventually(lambda: mac.removal_logs() and focused() not in ("", window, question),
+                   "the outcome has the keyboard")
         judge_gone(mac)
         mac.xdotool("key", "Return")
         expect_equal(tool.ended(), 0, "the tool's exit status")
