@@ -1,4 +1,5 @@
 """The report: what is on the practice Mac compared with its start, and which tools were called."""
+import contextlib
 import json
 import os
 import pwd
@@ -27,9 +28,10 @@ def everything(stage: "Stage") -> dict[str, list[int]]:
                         and not os.path.ismount(f"{folder}/{name}")]
             for name in (*names, *files):
                 path = f"{folder}/{name}"
-                if path not in apart:
-                    status = os.lstat(path)
-                    found[path] = [status.st_size, status.st_mtime_ns] if stat.S_ISREG(status.st_mode) else []
+                with contextlib.suppress(FileNotFoundError):  # a running program may remove what was just listed
+                    if path not in apart:
+                        status = os.lstat(path)
+                        found[path] = [status.st_size, status.st_mtime_ns] if stat.S_ISREG(status.st_mode) else []
     return found
 
 
