@@ -112,10 +112,12 @@ class Attacks(unittest.TestCase):
                      "for j in 1 2 3 4 5; do : > d$i/e/$j; done; done")
         with subprocess.Popen(scene.as_ann("/usr/bin/python3", "-ISc", SWAPPER, FOREIGN, SWAPS), cwd=LOGS, text=True,
                               stdout=subprocess.PIPE) as swapping:
-            swapping.stdout.readline()
-            removal = start_removal()
-            output, _ = removal.communicate(timeout=scene.TIMEOUT)
-            swapping.terminate()
+            try:
+                swapping.stdout.readline()
+                removal = start_removal()
+                output, _ = removal.communicate(timeout=scene.TIMEOUT)
+            finally:
+                swapping.terminate()  # otherwise it swaps while a folder is left
             during = int(swapping.stdout.readline())
         print(f"attack: {during} swaps were made after the first of {SWAPS} folders was deleted")
         self.assertGreater(during, 0)
@@ -174,9 +176,11 @@ class Attacks(unittest.TestCase):
         """Another user's process has a label of the product in its arguments: it is killed."""
         with subprocess.Popen(["/bin/sh", "-c", "sleep 600; : com.vendrel.QuorlenDaemon"],
                               process_group=0) as bystander:
-            self.completes(start_removal())
-            self.assertEqual(bystander.wait(scene.TIMEOUT), -signal.SIGTERM)
-            os.killpg(bystander.pid, signal.SIGKILL)  # the sleep that the shell started
+            try:
+                self.completes(start_removal())
+                self.assertEqual(bystander.wait(scene.TIMEOUT), -signal.SIGTERM)
+            finally:
+                os.killpg(bystander.pid, signal.SIGKILL)  # also the sleep that the shell started
 
 
 def target_of(link: Path) -> str:
