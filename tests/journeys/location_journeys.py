@@ -21,13 +21,14 @@ def journey_locations_in_odd_states() -> None:
         mac.shell('cd "$1"; mkdir {1..100}; for d in {1..100}; do touch $d/{1..1000}; done', CACHES)
         expect(int(mac.shell('find "$1" -type f | wc -l', CACHES)) >= 100_000, "100,000 files are there")
         reader = mac.shell('exec 3<"$1"; sleep infinity >/dev/null 2>&1 & echo $!', AGENT_FILE).strip()
-        documents = mac.shell("find Documents | sort | tee /dev/null; cat Documents/*")
+        her_folder = "find Documents | sort; cat Documents/*"
+        documents = mac.shell(her_folder)
         with mac.open_tool() as tool:
             expect_equal(tool.status(), "Quorlen 3 detected. 8 related item(s) found. License detected.", "the status")
             remove(tool)
             tool.rests(NOT_DETECTED)
             judge_gone(mac)
-            expect_equal(mac.shell("find Documents | sort | tee /dev/null; cat Documents/*"), documents, "her folder")
+            expect_equal(mac.shell(her_folder), documents, "her folder")
             expect_equal(mac.shell('readlink "/proc/$1/fd/3"', reader, root=True),
                          f"{mac.home}/{AGENT_FILE} (deleted)\n", "the open file")
 

@@ -256,7 +256,7 @@ def property_list_mutants(data: bytes) -> Iterator[Mutant]:
             yield Mutant(PROPERTY_LIST, key, "left out", shown(whole[0]), whole.start(), whole.end(), b"")
         if tag[3]:
             opposite = OPPOSITES[tag[3].decode()]
-            yield Mutant(PROPERTY_LIST, key, "opposite", f"{tag[3].decode()}", *tag.span(3), opposite)
+            yield Mutant(PROPERTY_LIST, key, "opposite", tag[3].decode(), *tag.span(3), opposite)
         elif b"@" not in tag[2]:
             for changed in letters_changed(tag[2]):
                 yield Mutant(PROPERTY_LIST, key, "text", f"{shown(tag[2])} -> {shown(changed)}", *tag.span(2), changed)

@@ -228,7 +228,6 @@ class Worker:
                 return f"{test} (did not end)" if hung else test
             if again:
                 raise CannotJudge(f"{program.name}: {test} fails for the unchanged product")
-        return None
 
     def failing_test(self, program: Program, changed: pathlib.Path, function: str) -> tuple[str | None, bool]:
         """Returns the first test that fails with a changed program, and whether it did not end."""
