@@ -45,6 +45,7 @@ POLL_INTERVAL = 0.05  # seconds between two checks of a condition
 BUSY = 1  # seconds without an answer after which the tool counts as busy
 
 CLOCK = "/run/practice/ann/clock"  # the file that stops the tool's clock while it exists
+STATUS_LINE = [36, 215, 488, 22]  # its place in the main window
 DEFAULT_BUTTON = "#1E78E6"  # the colour on Debian of the button that Return presses
 
 # GNUstep writes these two lines when it loads the inspector.
@@ -124,7 +125,7 @@ class PracticeMac:
 
     # Staging
 
-    def plant(self, locations: str = "all", licence: bool = True, agent: bool = True, daemon: bool = True,
+    def plant(self, locations: str | list[int] = "all", licence: bool = True, agent: bool = True, daemon: bool = True,
               supervised: bool = False) -> None:
         """Installs the product again, as at the start."""
         note("The product is installed again.")
@@ -198,7 +199,7 @@ class PracticeMac:
         return self._mac.ask("running")
 
     def look(self, path: str) -> dict[str, Any] | None:
-        """Kind, mode, owner, target and entries of what is at a path, and whether it is found; None if nothing is."""
+        """Kind, mode and entries of what is at a path, and whether it is found through links; None if nothing is."""
         return self._mac.look(path)
 
     def exists(self, path: str) -> bool:
@@ -343,6 +344,11 @@ class Tool:
         """The open alert or panel, or None."""
         return self._window(lambda w: w["modal"])
 
+    def front_window(self) -> View | None:
+        """The open alert or panel if there is one, else the tool's own window; or None."""
+        windows = (self.look() or {"windows": []})["windows"]
+        return max((w for w in windows if w["modal"] or w["title"] == NAME), key=lambda w: w["modal"], default=None)
+
     @staticmethod
     def views(window: View | None) -> Iterator[View]:
         """Every view of a window, each before its subviews."""
@@ -358,12 +364,18 @@ class Tool:
 
     def status(self) -> str | None:
         """The status line."""
-        return next((v["text"] for v in self.views(self.main_window()) if v["in_window"] == [36, 215, 488, 22]), None)
+        return next((v["text"] for v in self.views(self.main_window()) if v["in_window"] == STATUS_LINE), None)
 
     def log(self) -> str:
         """The whole activity log."""
         return eventually(lambda: next((v for v in self.views(self.main_window()) if v["class"] == "NSTextView"), None),
                           "the window with its log")["text"]
+
+    def alert(self, window: View | None) -> tuple[list[str], list[str]]:
+        """The texts of an alert's labels, and the titles of its buttons from right to left, the first one first."""
+        views = sorted(self.views(window), key=lambda v: -v["on_screen"][0])
+        return ([" ".join(v["text"].split()) for v in self.views(window) if v.get("label") and v["text"]],
+                [v["text"] for v in views if v.get("action") == "buttonAction:" and v["visible"]])
 
     def button(self, title: str, window: View | None = None) -> View | None:
         """The button with a title in a window, by default the main window; or None."""
@@ -467,13 +479,11 @@ class Tool:
         window = eventually(lambda: (w := self.modal_window()) and message in self.texts(w) and w,
                             f"the alert {message!r}")
         note(f"An alert: {message}")
+        texts, titles = self.alert(window)
         if informative is not None:
-            shown = [" ".join(v["text"].split()) for v in self.views(window) if v.get("label") and v["text"] != message]
-            expect_equal(shown, [informative], f"the informative text of the alert {message!r}")
+            expect_equal(texts, [message, informative], f"the texts of the alert {message!r}")
         if buttons is not None:
-            shown = [v for v in self.views(window) if v.get("action") == "buttonAction:" and v["visible"]]
-            shown.sort(key=lambda v: v["on_screen"][0], reverse=True)  # the first button stands rightmost
-            expect_equal([v["text"] for v in shown], buttons, f"the buttons of the alert {message!r}, right to left")
+            expect_equal(titles, buttons, f"the buttons of the alert {message!r}, right to left")
         return window
 
     # Pressing
@@ -500,11 +510,7 @@ class Tool:
     def press(self, title: str) -> None:
         """Presses a shown and enabled button, in the alert or panel if one is open, else in the main window."""
         def find() -> View | None:
-            snapshot = self.look()
-            if not snapshot:
-                return None
-            window = next((w for w in snapshot["windows"] if w["modal"]), None) \
-                or next((w for w in snapshot["windows"] if w["title"] == NAME), None)
+            window = self.front_window()
             found = window and self.button(title, window)
             return found if found and found["visible"] and found["enabled"] else None
         self._click(self._still(find, f"a button {title!r} that can be pressed")["on_screen"])
@@ -575,13 +581,12 @@ class Tool:
         self._click(self._still(find, f"the panel's button for {action}")["on_screen"])
         note(f"Pressed in the panel: the button for {action}")
 
-    def close_window(self, window: View | None = None) -> None:
-        """Presses the close button at the right end of a window's title bar."""
-        number = (window or eventually(self.main_window, "the window"))["x_window"]
-
+    def close_window(self) -> None:
+        """Presses the close button at the right end of the title bar: in the alert or panel if one is open, else in the
+        main window."""
         def find() -> View | None:
-            found = self._window(lambda w: w["x_window"] == number)
-            return found and {"on_screen": found["frame"]}
+            window = self.front_window()
+            return window and {"on_screen": window["frame"]}
         x, y, width, _ = self._still(find, "the window")["on_screen"]
         self._click([x + width - 18, y - 17, 14, 14], reaches_tool=False)
         note("Pressed the window's close button")

@@ -6,7 +6,6 @@ import zipfile
 from driver import LICENCE, PracticeMac, Tool, expect_equal
 
 DETECTED = "Quorlen 3 detected. 11 related item(s) found. License detected."
-DETECTED_WITHOUT_LICENCE = "Quorlen 3 detected. 11 related item(s) found."
 NOT_DETECTED = "Quorlen 3 was not detected."
 
 CONFIRM = "Remove Quorlen 3?"

@@ -174,13 +174,10 @@ class Attacks(unittest.TestCase):
 
     def test_a_label_is_borrowed(self) -> None:
         """Another user's process has a label of the product in its arguments: it is killed."""
-        with subprocess.Popen(["/bin/sh", "-c", "sleep 600; : com.vendrel.QuorlenDaemon"],
-                              process_group=0) as bystander:
-            try:
-                self.completes(start_removal())
-                self.assertEqual(bystander.wait(scene.TIMEOUT), -signal.SIGTERM)
-            finally:
-                os.killpg(bystander.pid, signal.SIGKILL)  # also the sleep that the shell started
+        with subprocess.Popen([sys.executable, "-ISc", "input()", "com.vendrel.QuorlenDaemon"],
+                              stdin=subprocess.PIPE) as bystander:
+            self.completes(start_removal())
+            self.assertEqual(bystander.wait(scene.TIMEOUT), -signal.SIGTERM)
 
 
 def target_of(link: Path) -> str:

@@ -69,7 +69,8 @@ def journey_closing_an_alert_confirms_nothing() -> None:
     """Closing the question by its title bar is no yes, and the window can't be used behind it."""
     with PracticeMac() as mac, mac.open_tool() as tool:
         tool.press("Remove Quorlen 3")
-        tool.close_window(tool.sees_alert(CONFIRM))
+        tool.sees_alert(CONFIRM)
+        tool.close_window()
         tool.rests(DETECTED)
         tool.logged()
         tool.press("Remove Quorlen 3")

@@ -88,7 +88,7 @@ class Model:
         if not self.is_open:
             return [[("open",)]] * 12 + world
         person: list[list[Step]] = [[("hold_shift", not self.shift)]]
-        close = [] if self.shift else [("close",)]  # The window manager takes Shift and a click for another wish.
+        close = [] if self.shift else [("close_window",)]  # With Shift, a click asks the window manager for more.
         if self.alert == PANEL:
             person += [[("choose", "Downloads", name) for name in FILES]] * 6 + [[("cancel_panel",), *close]] * 2
             person += [[("choose", "Desktop", number) for number in range(len(self.seen_archives()))]] * 6
@@ -198,7 +198,7 @@ class Model:
         else:
             self.alert = CONFIRM_OVERRIDE if title == OVERRIDE else PANEL
 
-    def close(self) -> None:
+    def close_window(self) -> None:
         if self.alert:
             self.answer(False)
         else:

@@ -4,9 +4,9 @@ step holds its window, its log, the disk and the calls of the system's tools aga
 
 usage: wander.py [--steps N] [--seconds N] [--seed N]
 
-A seed always gives the same few sequences; it goes on with the next seed until it has taken so many steps, and for so
-many seconds. At the first difference it looks for a shorter sequence that shows one, prints that, and ends with
-status 1.
+A seed always gives the same few sequences. The program takes whole seeds, one after the other, until it has taken so
+many steps, and for so many seconds. At the first difference it looks for a shorter sequence that shows one, prints
+that, and ends with status 1.
 QUORLEN_BUILD, QUORLEN_TOOL and QUORLEN_SHARE choose what is driven: see driver.py."""
 
 import argparse
@@ -31,7 +31,7 @@ from phrases import zip_of  # noqa: E402
 
 LENGTH = 24  # the most steps of a sequence, after the first
 SEQUENCES = 5  # the most of a seed
-LOOKS = 60  # in a row that show a difference, each answered by the tool and by the Mac, until it is one
+LOOKS = 60  # how often it looks before what differs from the model counts as a difference
 SHRINKING = 240  # seconds in which a shorter sequence is looked for
 
 CONTENTS = {
@@ -77,8 +77,8 @@ class Real:
         self.mac.clock_stands(False)
         for tool in MODES:
             self.mac.tool_of_the_system(tool, "real")
-        self.root('rm -rf "$@" Shelf Desktop/* /tmp/*/Quorlen-License-*; mkdir Shelf; echo kept >Shelf/keep.txt'
-                  '; echo Bread >Desktop/Shopping.txt; chown -R ann: Shelf Desktop', *self.paths)
+        self.mac.shell('rm -rf "$@" Shelf Desktop/* /tmp/*/Quorlen-License-*; mkdir Shelf; echo kept >Shelf/keep.txt; '
+                       'echo Bread >Desktop/Shopping.txt; chown -R ann: Shelf Desktop', *self.paths, root=True)
         self.licences: dict[bytes, str] = {}
         self.stamped = 0
         self.plant(ALL, True)
@@ -88,9 +88,6 @@ class Real:
         if self.tool:
             self.tool.__exit__(None)
             self.tool = None
-
-    def root(self, script: str, *arguments: str) -> None:
-        self.mac.shell(script, *arguments, root=True)
 
     def strange_files(self) -> list[list[str]]:
         """What became of the files with which no step has to do."""
@@ -104,14 +101,14 @@ class Real:
             self.licences[self.mac.read(LICENCE)] = f"planted {len(self.licences) + 1}"
 
     def take_away(self, numbers: tuple[int, ...]) -> None:
-        self.root('rm -rf -- "$@"', *(self.paths[number - 1] for number in numbers))
+        self.mac.shell('rm -rf -- "$@"', *(self.paths[number - 1] for number in numbers), root=True)
 
     def link(self, number: int, kind: str) -> None:
-        self.root('rm -rf -- "$2"; ln -s -- "$1" "$2"', f"{self.mac.home}/Shelf" if kind == "linked" else "/nowhere",
-                  self.paths[number - 1])
+        target = f"{self.mac.home}/Shelf" if kind == "linked" else "/nowhere"
+        self.mac.shell('rm -rf -- "$2"; ln -s -- "$1" "$2"', target, self.paths[number - 1], root=True)
 
     def shut(self, what: str) -> None:
-        self.root('chown root "${1%/*}"' if what == "folder" else 'chmod 000 "$1"', LICENCE)
+        self.mac.shell('chown root "${1%/*}"' if what == "folder" else 'chmod 000 "$1"', LICENCE, root=True)
 
     def open(self) -> None:
         self.tool = self.mac.open_tool().__enter__()
@@ -130,9 +127,6 @@ class Real:
     def press(self, title: str) -> None:
         self.wait_for_another_second()
         self.tool.press(title)
-
-    def close(self) -> None:
-        self.tool.close_window(self.tool.modal_window())
 
     def choose(self, folder: str, file: str | int) -> None:
         self.tool.choose_file(folder, self.mac.archives()[file] if isinstance(file, int) else file)
@@ -185,13 +179,11 @@ class Real:
         windows = eventually(self.tool.look, "the tool answers")["windows"]
         modal = next((window for window in windows if window["modal"]), None)
         main = list(self.tool.views(next((w for w in windows if w["title"] == driver.NAME and w != modal), None)))
-        front = sorted(self.tool.views(modal), key=lambda view: -view["on_screen"][0])
-        alert = [" ".join(view["text"].split()) for view in self.tool.views(modal)
-                 if view.get("label") and view["text"]]
-        alert += [view["text"] for view in front if view.get("action") == "buttonAction:" and view["visible"]]
-        return {"status": next((view["text"] for view in main if view["in_window"] == [36, 215, 488, 22]), None),
+        texts, titles = self.tool.alert(modal)
+        is_panel = any(view.get("action") == "ok:" for view in self.tool.views(modal))
+        return {"status": next((view["text"] for view in main if view["in_window"] == driver.STATUS_LINE), None),
                 "log": next((view["text"] for view in main if view["class"] == "NSTextView"), "").splitlines(),
-                "alert": [modal["title"]] if any(view.get("action") == "ok:" for view in front) else alert,
+                "alert": [modal["title"]] if is_panel else texts + titles,
                 **{view["text"]: driver.state_of(view) for view in main
                    if view.get("action", "").endswith(("emoveQuorlen3:", "restoreLicense:"))}}
 
@@ -210,8 +202,8 @@ class Real:
                 if agree(seen, wanted):
                     break
             time.sleep(driver.POLL_INTERVAL)
-        for what in wanted:
-            agree(seen.get(what), wanted[what]) or expect_equal(seen.get(what), wanted[what], what)
+        for what in wanted | seen:
+            agree(seen.get(what), wanted.get(what)) or expect_equal(seen.get(what), wanted.get(what), what)
         if model.alert in (REMOVED, NOT_REMOVED):
             self.stamped = int(time.time())
 
