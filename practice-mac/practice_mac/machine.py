@@ -19,7 +19,7 @@ from typing import Any
 FOLDER = Path(__file__).resolve().parents[1]
 BUILD = FOLDER.parent / "build"
 PREFIX = "practice-mac."
-TIMEOUT = 120  # seconds for an answer
+TIMEOUT = 120  # seconds for a start, an answer, or a program whose output is wanted
 BOOT = "import sys, pathlib; sys.path.insert(0, sys.argv[1]); " \
     "from practice_mac import boot; boot.main(pathlib.Path(sys.argv[2]))"
 
@@ -93,9 +93,11 @@ class Mac:
                     stdout=subprocess.PIPE, stderr=errors, start_new_session=True, cwd="/")
                 with boot.stdin:
                     boot.stdin.write(json.dumps(settings).encode())
-                if boot.stdout.readline() != b"ready\n":
+                answers = select.select([boot.stdout], [], [], TIMEOUT)[0]
+                if not answers or boot.stdout.readline() != b"ready\n":
                     errors.seek(0)
-                    raise PracticeMacError(f"{errors.read().decode(errors='replace').strip()}\n"
+                    said = errors.read().decode(errors="replace") + ("" if answers else f"no answer in {TIMEOUT} s")
+                    raise PracticeMacError(f"{said.strip()}\n"
                                            "the practice Mac did not start; nothing of it was kept")
         except BaseException:
             if boot:
@@ -190,12 +192,17 @@ class Mac:
 
     def run(self, *command: str | bytes | Path, root: bool = False, stdin: bytes = b"",
             variables: dict[str, str] | None = None) -> subprocess.CompletedProcess:
-        """Runs a program as the user ann, or as root, and waits for it; its output is bytes."""
+        """Runs a program as the user ann, or as root, and waits for its end; its output is bytes. After TIMEOUT, kills
+        it and raises PracticeMacError."""
         with contextlib.ExitStack() as files:
             streams = [files.enter_context(tempfile.TemporaryFile()) for _ in range(3)]
             streams[0].write(stdin)
             streams[0].seek(0)
-            status = self.open_program(list(command), *(stream.fileno() for stream in streams), root, variables).wait()
+            running = self.open_program(list(command), *(stream.fileno() for stream in streams), root, variables)
+            status = running.wait(TIMEOUT)
+            if status is None:
+                running.kill()
+                raise PracticeMacError(f"in the practice Mac, {command} was killed: it ran longer than {TIMEOUT} s")
             for stream in streams[1:]:
                 stream.seek(0)
             return subprocess.CompletedProcess(command, status, streams[1].read(), streams[2].read())

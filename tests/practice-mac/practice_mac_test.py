@@ -11,6 +11,7 @@ import sys
 import tempfile
 import time
 import unittest
+import unittest.mock
 from collections.abc import Callable, Iterator
 from pathlib import Path
 from typing import Any
@@ -30,11 +31,9 @@ def practice_mac(*words: str | Path) -> subprocess.CompletedProcess:
     return subprocess.run([COMMAND, *words], capture_output=True, check=False, text=True, timeout=120)
 
 
-@contextlib.contextmanager
-def practice_mac_up(**options: Any) -> Iterator[machine.Mac]:
-    """Runs a practice Mac during a `with` statement."""
-    with machine.Mac.start(**{"display": "none", **options}) as mac:
-        yield mac
+def practice_mac_up(**options: Any) -> machine.Mac:
+    """A practice Mac for a `with` statement."""
+    return machine.Mac.start(**{"display": "none", **options})
 
 
 def fates(report: dict) -> list[str]:
@@ -112,8 +111,7 @@ class Isolation(unittest.TestCase):
         with running("sleep", "987654321") as outside:
             self.assertNotIn("sleep 987654321", self.mac.output("ps", "-eo", "args", root=True))
             self.refused(f"kill -KILL {outside.pid}")
-        disks = ("find", "/dev", "-exec", "test", "-b", "{}", ";", "-print")
-        self.assertEqual(self.mac.output(*disks, root=True), "")
+        self.assertEqual(self.mac.output("find", "/dev", "-exec", "test", "-b", "{}", ";", "-print", root=True), "")
         self.refused("cat /proc/sys/vm/swappiness >/proc/sys/vm/swappiness")
         links = json.loads(self.mac.output("ip", "-json", "link"))
         self.assertEqual([(link["ifname"], "UP" in link["flags"]) for link in links], [("lo", True)])
@@ -130,8 +128,7 @@ class Isolation(unittest.TestCase):
             one.output("rm", "-r", "/Users/-rf/Library/Logs/Quorlen")
             self.assertEqual(fates(one.ask("report")), ["kept"] * 10 + ["removed"])
             self.assertEqual(fates(two.ask("report")), ["absent"] * 11)
-            for mac in (one, two):
-                mac.output("xdpyinfo")
+            self.assertTrue(one.output("xdpyinfo") and two.output("xdpyinfo"))
 
 
 class Leavings(unittest.TestCase):
@@ -195,8 +192,8 @@ class Running(unittest.TestCase):
         self.assertEqual(self.mac.run("sh", "-c", "kill -TERM $$").returncode, 128 + signal.SIGTERM)
         done = self.mac.run("sh", "-c", "cat; echo an error >&2; exit 41", stdin=b"\0\xff\n")
         self.assertEqual((done.returncode, done.stdout, done.stderr), (41, b"\0\xff\n", b"an error\n"))
-        done = practice_mac("run", self.mac.instance, "--env", "A=b c\n'", "--", "printenv", "A")
-        self.assertEqual(done.stdout, "b c\n'\n")
+        said = practice_mac("run", self.mac.instance, "--env", "A=b c\n'", "--", "printenv", "A").stdout
+        self.assertEqual(said, "b c\n'\n")
 
     def test_ann_is_an_ordinary_user_in_her_home_on_a_display(self) -> None:
         self.assertEqual(self.mac.output("sh", "-c", 'id -un; pwd; echo "$HOME $DISPLAY"').split(),
@@ -205,8 +202,12 @@ class Running(unittest.TestCase):
         self.assertIn("_NET_SUPPORTING_WM_CHECK(WINDOW)", self.mac.output("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
 
     def test_a_command_that_names_a_label_is_not_killed_by_what_it_runs(self) -> None:
-        done = self.mac.run("sh", "-c", 'exec pkill -f "$1"', "sh", AGENT, root=True)
-        self.assertEqual(done.returncode, 0)
+        self.assertEqual(self.mac.run("sh", "-c", 'exec pkill -f "$1"', "sh", AGENT, root=True).returncode, 0)
+
+    def test_a_program_that_runs_longer_than_the_limit_is_killed(self) -> None:
+        with unittest.mock.patch.object(machine, "TIMEOUT", 1):
+            self.assertRaisesRegex(machine.PracticeMacError, "longer than 1 s", self.mac.run, "sleep", "123456789")
+        self.assertNotIn("123456789", self.mac.output("ps", "-eo", "args"))
 
     def test_a_display_outside_can_be_used(self) -> None:
         number, writer = os.pipe()
