@@ -1,4 +1,4 @@
-// What the inspector sees: every visible window of the application and every view in it.
+// What the inspector sees: every window of the application that is on the screen, and every view in it.
 #pragma once
 
 #include <string>

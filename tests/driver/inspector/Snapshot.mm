@@ -23,6 +23,7 @@ NSString *text(NSString *s)
 /// Where a window's content lies on the X server: its top-left corner in root coordinates, and its size.
 struct Place {
     Window window = 0;
+    bool isOnScreen = false; // The window manager places a window before it shows it.
     NSPoint origin = NSZeroPoint;
     NSSize size = NSZeroSize;
 };
@@ -33,13 +34,14 @@ Place placeOf(NSWindow *window)
     GSDisplayServer *server = GSCurrentServer();
     auto *display = static_cast<Display *>([server serverDevice]);
     place.window = reinterpret_cast<Window>([server windowDevice:static_cast<int>([window windowNumber])]);
-    Window root, child;
+    XWindowAttributes found;
+    Window child;
     int x = 0, y = 0;
-    unsigned width = 0, height = 0, border, depth;
-    if (place.window && XGetGeometry(display, place.window, &root, &x, &y, &width, &height, &border, &depth) &&
-        XTranslateCoordinates(display, place.window, root, 0, 0, &x, &y, &child)) {
+    if (place.window && XGetWindowAttributes(display, place.window, &found) &&
+        XTranslateCoordinates(display, place.window, found.root, 0, 0, &x, &y, &child)) {
+        place.isOnScreen = found.map_state == IsViewable;
         place.origin = NSMakePoint(x, y);
-        place.size = NSMakeSize(width, height);
+        place.size = NSMakeSize(found.width, found.height);
     }
     return place;
 }
@@ -115,10 +117,9 @@ NSArray *descriptionsOfSubviews(NSView *view, NSView *content, const Place &plac
     return descriptions;
 }
 
-NSDictionary *descriptionOfWindow(NSWindow *window)
+NSDictionary *descriptionOfWindow(NSWindow *window, const Place &place)
 {
     NSView *content = [window contentView];
-    const Place place = placeOf(window);
     return @{
         @"title" : text([window title]),
         @"x_window" : @(static_cast<unsigned long>(place.window)),
@@ -134,8 +135,9 @@ std::string snapshotOfApplication()
 {
     NSMutableArray *windows = [NSMutableArray array];
     for (NSWindow *window in GSOrderedWindows()) {
-        if ([window isVisible]) {
-            [windows addObject:descriptionOfWindow(window)];
+        const Place place = placeOf(window);
+        if ([window isVisible] && place.isOnScreen) {
+            [windows addObject:descriptionOfWindow(window, place)];
         }
     }
     NSDictionary *application = @{
