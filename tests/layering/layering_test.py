@@ -39,9 +39,8 @@ def may_include(path: str, included: str) -> bool:
 
 def findings(root: pathlib.Path) -> Iterator[str]:
     """Yields every line below `root` that breaks a rule, as "PATH:LINE: what is wrong"."""
-    for file in sorted(file for top in (*PRODUCT_FOLDERS, "platform") for file in (root / top).rglob("*")):
-        if file.suffix not in SOURCES:
-            continue
+    for file in sorted(file for top in (*PRODUCT_FOLDERS, "platform") for file in (root / top).rglob("*")
+                       if file.suffix in SOURCES):
         path = file.relative_to(root).as_posix()
         conditions = LANGUAGE | (PROCESSOR if path.startswith("platform/macos/") else set())
         in_product = not path.startswith("platform/")

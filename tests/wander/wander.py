@@ -180,10 +180,9 @@ class Real:
         modal = next((window for window in windows if window["modal"]), None)
         main = list(self.tool.views(next((w for w in windows if w["title"] == driver.NAME and w != modal), None)))
         texts, titles = self.tool.alert(modal)
-        is_panel = any(view.get("action") == "ok:" for view in self.tool.views(modal))
         return {"status": next((view["text"] for view in main if view["in_window"] == driver.STATUS_LINE), None),
                 "log": next((view["text"] for view in main if view["class"] == "NSTextView"), "").splitlines(),
-                "alert": [modal["title"]] if is_panel else texts + titles,
+                "alert": texts + titles if titles or not modal else [modal["title"]],
                 **{view["text"]: driver.state_of(view) for view in main
                    if view.get("action", "").endswith(("emoveQuorlen3:", "restoreLicense:"))}}
 
